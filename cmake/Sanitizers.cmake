@@ -1,0 +1,11 @@
+# Sanitizer flags apply to everything the build compiles and links, tests included.
+if(TETHEROFFLOAD_SANITIZE STREQUAL "address")
+    add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all
+                        -fno-omit-frame-pointer)
+    add_link_options(-fsanitize=address,undefined -fno-sanitize-recover=all)
+elseif(TETHEROFFLOAD_SANITIZE STREQUAL "thread")
+    add_compile_options(-fsanitize=thread -fno-omit-frame-pointer)
+    add_link_options(-fsanitize=thread)
+elseif(NOT TETHEROFFLOAD_SANITIZE STREQUAL "")
+    message(FATAL_ERROR "TETHEROFFLOAD_SANITIZE must be empty, 'address' or 'thread'")
+endif()

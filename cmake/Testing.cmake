@@ -1,0 +1,21 @@
+# tetheroffload_add_test(NAME name SOURCES ... [LIBS ...] [THREADED])
+# A test links the service code and the host stand-in. THREADED tests also make up the
+# ThreadSanitizer build, which builds nothing else.
+find_package(GTest REQUIRED)
+
+function(tetheroffload_add_test)
+    cmake_parse_arguments(T "THREADED" "NAME" "SOURCES;LIBS" ${ARGN})
+    if(TETHEROFFLOAD_SANITIZE STREQUAL "thread" AND NOT T_THREADED)
+        return()
+    endif()
+    add_executable(${T_NAME} ${T_SOURCES})
+    target_link_libraries(${T_NAME} PRIVATE
+        ${T_LIBS} tetheroffload_service_code host_platform tetheroffload_warnings
+        GTest::gmock GTest::gtest_main)
+    set(labels unit)
+    if(T_THREADED)
+        list(APPEND labels threaded)
+    endif()
+    add_test(NAME ${T_NAME} COMMAND ${T_NAME})
+    set_tests_properties(${T_NAME} PROPERTIES LABELS "${labels}" TIMEOUT 300)
+endfunction()

@@ -1,0 +1,23 @@
+/*
+ * Copyright (C) 2026 The Tether Offload Project
+ *
+ * Licensed under the Apache License, Version 2.0 (the "License");
+ * you may not use this file except in compliance with the License.
+ * You may obtain a copy of the License at
+ *
+ *      http://www.apache.org/licenses/LICENSE-2.0
+ *
+ * Unless required by applicable law or agreed to in writing, software
+ * distributed under the License is distributed on an "AS IS" BASIS,
+ * WITHOUT WARRANTIES OR CONDITIONS OF ANY KIND, either express or implied.
+ * See the License for the specific language governing permissions and
+ * limitations under the License.
+ */
+
+// Host stand-in for bionic's <sys/system_properties.h>, which <cutils/properties.h> includes for
+// the size limits of a property.
+
+#pragma once
+
+#define PROP_NAME_MAX 32
+#define PROP_VALUE_MAX 92

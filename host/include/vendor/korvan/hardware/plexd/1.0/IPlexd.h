@@ -1,0 +1,65 @@
+/*
+ * Copyright (C) 2026 The Tether Offload Project
+ *
+ * Licensed under the Apache License, Version 2.0 (the "License");
+ * you may not use this file except in compliance with the License.
+ * You may obtain a copy of the License at
+ *
+ *      http://www.apache.org/licenses/LICENSE-2.0
+ *
+ * Unless required by applicable law or agreed to in writing, software
+ * distributed under the License is distributed on an "AS IS" BASIS,
+ * WITHOUT WARRANTIES OR CONDITIONS OF ANY KIND, either express or implied.
+ * See the License for the specific language governing permissions and
+ * limitations under the License.
+ */
+
+// Host stand-in for the network agent's interface, vendor.korvan.hardware.plexd@1.0::IPlexd,
+// in the generated shape. The agent takes one text command line per call.
+
+#pragma once
+
+#include <android/hidl/base/1.0/IBase.h>
+#include <android/hidl/manager/1.0/IServiceNotification.h>
+#include <hidl/HidlSupport.h>
+#include <hidl/HostGenerated.h>
+#include <hidl/MQDescriptor.h>
+#include <hidl/Status.h>
+#include <utils/NativeHandle.h>
+#include <utils/misc.h>
+
+#include <functional>
+#include <string>
+
+namespace vendor {
+namespace korvan {
+namespace hardware {
+namespace plexd {
+namespace V1_0 {
+
+struct IPlexd : public ::android::hidl::base::V1_0::IBase {
+    typedef ::android::hardware::details::i_tag _hidl_tag;
+
+    static const char* descriptor;
+
+    virtual bool isRemote() const override { return false; }
+
+    virtual ::android::hardware::Return<void> runCmd(const ::android::hardware::hidl_string& cmd) = 0;
+
+    HOST_HIDL_IBASE_OVERRIDES
+
+    static ::android::hardware::Return<::android::sp<IPlexd>> castFrom(
+            const ::android::sp<IPlexd>& parent, bool emitError = false);
+    static ::android::hardware::Return<::android::sp<IPlexd>> castFrom(
+            const ::android::sp<::android::hidl::base::V1_0::IBase>& parent, bool emitError = false);
+
+    HOST_HIDL_SERVICE_STATICS(IPlexd)
+};
+
+HOST_HIDL_TO_STRING(IPlexd)
+
+}  // namespace V1_0
+}  // namespace plexd
+}  // namespace hardware
+}  // namespace korvan
+}  // namespace vendor

@@ -1,0 +1,156 @@
+/*
+ * Copyright (C) 2026 The Tether Offload Project
+ *
+ * Licensed under the Apache License, Version 2.0 (the "License");
+ * you may not use this file except in compliance with the License.
+ * You may obtain a copy of the License at
+ *
+ *      http://www.apache.org/licenses/LICENSE-2.0
+ *
+ * Unless required by applicable law or agreed to in writing, software
+ * distributed under the License is distributed on an "AS IS" BASIS,
+ * WITHOUT WARRANTIES OR CONDITIONS OF ANY KIND, either express or implied.
+ * See the License for the specific language governing permissions and
+ * limitations under the License.
+ */
+
+// The host layer's record of everything that crosses the service's boundaries. Every piece of the
+// stand-in adds records here; the trace writers and the tests read them.
+
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <mutex>
+#include <string>
+#include <variant>
+#include <vector>
+
+namespace hostplatform {
+
+struct ThreadpoolRecord {
+    size_t max = 0;
+    bool callerWillJoin = false;
+};
+
+struct RegisterRecord {
+    std::string interface;  // descriptor, e.g. "android.hardware.tetheroffload.config@1.0::..."
+    std::string name;
+};
+
+struct LogRecord {
+    int prio = 0;
+    std::string tag;
+    std::string msg;
+    std::string thread;
+};
+
+struct OpenRecord {
+    std::string path;
+    int fd = -1;     // -1 when the open failed
+    int errnum = 0;  // set when the open failed
+};
+
+struct IoctlRecord {
+    int fd = -1;
+    unsigned long req = 0;
+    std::vector<uint8_t> bytes;  // the request as the driver read it
+    int ret = 0;
+    int errnum = 0;  // set when ret is not 0
+};
+
+struct ReadRecord {
+    long ret = 0;
+    std::vector<uint8_t> bytes;  // what the read returned
+    int errnum = 0;              // set when ret is negative
+};
+
+struct AgentRecord {
+    std::string cmd;
+    bool ok = true;  // false when the call failed in transport
+};
+
+struct AddrPort {
+    std::string addr;
+    uint16_t port = 0;
+};
+
+struct CallbackRecord {
+    std::string op;      // "onEvent", "onEvent_1_1" or "updateTimeout"
+    uint32_t event = 0;  // onEvent and onEvent_1_1
+    AddrPort src;        // updateTimeout
+    AddrPort dst;        // updateTimeout
+    uint32_t proto = 0;  // updateTimeout
+    bool ok = true;      // false when the call failed in transport
+};
+
+struct CallRecord {
+    int line = 0;
+    std::string op;
+    std::vector<std::string> args;
+};
+
+struct ReplyRecord {
+    std::string op;
+    bool ok = false;
+    std::string msg;
+    bool isStats = false;  // getForwardedStats replies with rx and tx instead of ok and msg
+    uint64_t rx = 0;
+    uint64_t tx = 0;
+};
+
+struct ExitRecord {
+    int status = 0;
+};
+
+struct ErrorRecord {
+    int line = 0;
+    std::string msg;
+};
+
+using RecordBody =
+        std::variant<ThreadpoolRecord, RegisterRecord, LogRecord, OpenRecord, IoctlRecord, ReadRecord,
+                     AgentRecord, CallbackRecord, CallRecord, ReplyRecord, ExitRecord, ErrorRecord>;
+
+struct Record {
+    int64_t tMicros = 0;  // since the recorder was created, monotonic
+    RecordBody body;
+};
+
+// Process-wide, thread-safe, never destroyed (the event thread may still record while the
+// process exits). Sinks run under the recorder's lock, in record order; they must not record.
+class Recorder {
+public:
+    using Sink = std::function<void(const Record&)>;
+
+    static Recorder& instance();
+
+    void add(RecordBody body);
+
+    void addSink(Sink sink);
+    void clearSinks();
+
+    std::vector<Record> records() const;
+    void clear();
+
+    // All records of one kind, in order.
+    template <typename T>
+    std::vector<T> all() const {
+        std::lock_guard<std::mutex> lock(mLock);
+        std::vector<T> out;
+        for (const Record& r : mRecords) {
+            if (const T* body = std::get_if<T>(&r.body)) out.push_back(*body);
+        }
+        return out;
+    }
+
+private:
+    Recorder();
+
+    mutable std::mutex mLock;
+    const int64_t mStartMicros;
+    std::vector<Record> mRecords;
+    std::vector<Sink> mSinks;
+};
+
+}  // namespace hostplatform

@@ -1,0 +1,27 @@
+#!/usr/bin/env bash
+# Runs the whole test suite: plain, under AddressSanitizer + UndefinedBehaviorSanitizer, and the
+# threaded tests under ThreadSanitizer. Installs what it needs first.
+set -euo pipefail
+TETHEROFFLOAD_ROOT="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
+source "$TETHEROFFLOAD_ROOT/scripts/deps.sh"
+
+install_missing_packages
+
+echo "== style"
+"$TETHEROFFLOAD_ROOT/scripts/check-format.sh"
+
+echo "== plain build"
+configure_and_build build
+ctest --test-dir "$TETHEROFFLOAD_ROOT/build" --output-on-failure -j "$(nproc)"
+
+echo "== AddressSanitizer + UndefinedBehaviorSanitizer"
+configure_and_build build-asan -DTETHEROFFLOAD_SANITIZE=address -DCMAKE_BUILD_TYPE=Debug
+ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 UBSAN_OPTIONS=halt_on_error=1:print_stacktrace=1 \
+    ctest --test-dir "$TETHEROFFLOAD_ROOT/build-asan" --output-on-failure -j "$(nproc)"
+
+echo "== ThreadSanitizer (threaded tests)"
+configure_and_build build-tsan -DTETHEROFFLOAD_SANITIZE=thread -DCMAKE_BUILD_TYPE=Debug
+TSAN_OPTIONS=halt_on_error=1:second_deadlock_stack=1 \
+    ctest --test-dir "$TETHEROFFLOAD_ROOT/build-tsan" --output-on-failure -j "$(nproc)"
+
+echo "All tests passed."
