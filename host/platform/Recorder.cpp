@@ -1,0 +1,68 @@
+/*
+ * Copyright (C) 2026 The Tether Offload Project
+ *
+ * Licensed under the Apache License, Version 2.0 (the "License");
+ * you may not use this file except in compliance with the License.
+ * You may obtain a copy of the License at
+ *
+ *      http://www.apache.org/licenses/LICENSE-2.0
+ *
+ * Unless required by applicable law or agreed to in writing, software
+ * distributed under the License is distributed on an "AS IS" BASIS,
+ * WITHOUT WARRANTIES OR CONDITIONS OF ANY KIND, either express or implied.
+ * See the License for the specific language governing permissions and
+ * limitations under the License.
+ */
+
+#include "hostplatform/Recorder.h"
+
+#include <time.h>
+
+#include <utility>
+
+namespace hostplatform {
+namespace {
+
+int64_t monotonicMicros() {
+    struct timespec ts;
+    clock_gettime(CLOCK_MONOTONIC, &ts);
+    return static_cast<int64_t>(ts.tv_sec) * 1000000 + ts.tv_nsec / 1000;
+}
+
+}  // namespace
+
+Recorder& Recorder::instance() {
+    // Never destroyed: threads that outlive main may still record while the process exits.
+    static Recorder* recorder = new Recorder();
+    return *recorder;
+}
+
+Recorder::Recorder() : mStartMicros(monotonicMicros()) {}
+
+void Recorder::add(RecordBody body) {
+    std::lock_guard<std::mutex> lock(mLock);
+    mRecords.push_back(Record{monotonicMicros() - mStartMicros, std::move(body)});
+    for (const Sink& sink : mSinks) sink(mRecords.back());
+}
+
+void Recorder::addSink(Sink sink) {
+    std::lock_guard<std::mutex> lock(mLock);
+    mSinks.push_back(std::move(sink));
+}
+
+void Recorder::clearSinks() {
+    std::lock_guard<std::mutex> lock(mLock);
+    mSinks.clear();
+}
+
+std::vector<Record> Recorder::records() const {
+    std::lock_guard<std::mutex> lock(mLock);
+    return mRecords;
+}
+
+void Recorder::clear() {
+    std::lock_guard<std::mutex> lock(mLock);
+    mRecords.clear();
+}
+
+}  // namespace hostplatform
