@@ -53,6 +53,15 @@ private:
     OffloadEventHandle(const OffloadEventHandle&) = delete;
     OffloadEventHandle& operator=(const OffloadEventHandle&) = delete;
 
+    // The log lines of one command's device steps.
+    struct RequestLines;
+    // Sends a filled request record to the device: 0 when the driver took it, -1 otherwise.
+    static int submitRequest(const RequestLines& lines, vexa_app_type_e app, void* record);
+    // Hands one event record to the registered updater; the lock is held.
+    static void dispatch(ConnTimeoutUpdate* u, vexa_dev_rsp_common_t* rsp);
+    static void deliverStatus(ConnTimeoutUpdate* u, uint32_t event);
+    static void deliverWarning(ConnTimeoutUpdate* u);
+
     int mFd;
     ConnTimeoutUpdate* mTimeoutCallback;
 
