@@ -18,6 +18,9 @@
 
 #include <log/log.h>
 
+#include <string>
+
+#include "hal/IfaceNames.h"
 #include "hal/TetherOffloadHal.h"
 
 using android::hardware::hidl_string;
@@ -27,20 +30,99 @@ using android::hardware::Void;
 namespace vendor {
 namespace tetheroffload {
 
-Return<void> TetherOffloadHal::addDownstream(const hidl_string& /*iface*/,
-                                             const hidl_string& /*prefix*/,
+namespace {
+
+constexpr char kAddOp[] = "addDownstream";
+constexpr char kRemoveOp[] = "removeDownstream";
+constexpr char kSuccessful[] = "Successful\n";
+constexpr char kInvalid[] = "Invalid input values\n";
+constexpr char kNotInitialised[] = "Device has not been initialized\n";
+
+}  // namespace
+
+Return<void> TetherOffloadHal::addDownstream(const hidl_string& iface, const hidl_string& prefix,
                                              addDownstream_cb hidl_cb) {
-    ALOGI("%s is not offered yet\n", "addDownstream");
-    hidl_cb(false, "Not offered yet\n");
+    ALOGI("addDownstream iface:%s prefix:%s\n", iface.c_str(), prefix.c_str());
+
+    Reply reply(false, kInvalid);
+    if (mCallback == nullptr || mCbEvent == nullptr) {
+        ALOGI("%s() device has not been initialized ()\n", kAddOp);
+        reply = Reply(false, kNotInitialised);
+    } else if (downstreamArgsValid(kAddOp, iface, prefix)) {
+        startDownstream(iface);
+        reply = Reply(true, kSuccessful);
+    }
+
+    ALOGI("addDownstream(down-if:%s; up-if:%s)\n", iface.c_str(), mUpstreamIface.c_str());
+    hidl_cb(reply.first, reply.second);
     return Void();
 }
 
-Return<void> TetherOffloadHal::removeDownstream(const hidl_string& /*iface*/,
-                                                const hidl_string& /*prefix*/,
+Return<void> TetherOffloadHal::removeDownstream(const hidl_string& iface, const hidl_string& prefix,
                                                 removeDownstream_cb hidl_cb) {
-    ALOGI("%s is not offered yet\n", "removeDownstream");
-    hidl_cb(false, "Not offered yet\n");
+    ALOGI("removeDownstream iface:%s prefix:%s\n", iface.c_str(), prefix.c_str());
+
+    Reply reply(false, kInvalid);
+    if (mCallback == nullptr || mCbEvent == nullptr) {
+        ALOGI("%s() device has not been initialized ()\n", kRemoveOp);
+        reply = Reply(false, kNotInitialised);
+    } else if (downstreamArgsValid(kRemoveOp, iface, prefix)) {
+        stopDownstream(iface);
+        reply = Reply(true, kSuccessful);
+    }
+
+    ALOGI("removeDownstream(donw-if: %s; up-if: %s)\n", iface.c_str(), mUpstreamIface.c_str());
+    hidl_cb(reply.first, reply.second);
     return Void();
+}
+
+bool TetherOffloadHal::downstreamArgsValid(const char* op, const std::string& iface,
+                                           const std::string& prefix) {
+    if ((iface.empty() && prefix.empty()) || !checkInterface(iface)) {
+        ALOGI("%s() Invalid interface\n", op);
+        return false;
+    }
+    if (!checkPrefix(prefix, FAMILY_ANY)) {
+        ALOGI("%s Invalid prefix\n", op);
+        return false;
+    }
+    return true;
+}
+
+// The downstream is remembered in any case, so that a modem upstream arriving later can start
+// its offload. The modem gets the name as given, even where only "mdbr0" is stored.
+void TetherOffloadHal::startDownstream(const std::string& iface) {
+    if (isUsbDownstream(iface)) {
+        mUsbDownstream = "mdbr0";
+        if (!mUsbOffloadActive && isModemIface(mUpstreamIface)) {
+            activateOffload(VEXA_APP_TYPE_USB, mUpstreamIface, iface);
+            ALOGI("active usb tehtering offload\n");
+        }
+    } else if (isWifiDownstream(iface)) {
+        mWifiDownstream = iface;
+        if (!mWifiOffloadActive && isModemIface(mUpstreamIface)) {
+            activateOffload(VEXA_APP_TYPE_WH, mUpstreamIface, iface);
+            ALOGI("active wifi tehtering offload\n");
+        }
+    } else {
+        ALOGI("No actived offload\n");
+    }
+}
+
+// Only a running offload is ended; a stored downstream that was never offloaded stays stored.
+// Any hotspot name ends the hotspot offload: there is only one.
+void TetherOffloadHal::stopDownstream(const std::string& iface) {
+    if (mUsbOffloadActive && isUsbDownstream(iface)) {
+        mUsbDownstream.clear();
+        deactivateOffload(VEXA_APP_TYPE_USB);
+        ALOGI("removeDownstream() de-active usb vexa\n");
+    } else if (mWifiOffloadActive && isWifiDownstream(iface)) {
+        mWifiDownstream.clear();
+        deactivateOffload(VEXA_APP_TYPE_WH);
+        ALOGI("removeDownstream() de-active wh vexa\n");
+    } else {
+        ALOGI("No de-active vexa\n");
+    }
 }
 
 }  // namespace tetheroffload

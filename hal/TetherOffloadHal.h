@@ -29,7 +29,10 @@
 #include <utils/StrongPointer.h>
 
 #include <string>
+#include <utility>
 #include <vector>
+
+#include "datapath/vexa_protocol.h"
 
 class ConnTimeoutUpdate;
 class OffloadEventHandle;
@@ -102,6 +105,27 @@ public:
     bool findAddrAndMask(std::string in, std::string& addr, std::string& mask);
 
 private:
+    // (success flag, message) as it goes to the result callback.
+    using Reply = std::pair<bool, std::string>;
+
+    // Starting and ending offload for one kind (USB or Wi-Fi hotspot); USB also moves the bridge.
+    void activateOffload(vexa_app_type_e app, const std::string& upIface,
+                         const std::string& downIface);
+    void deactivateOffload(vexa_app_type_e app);
+
+    bool upstreamArgsValid(const std::string& iface, const std::string& v4Addr,
+                           const std::string& v4Gw, const std::vector<std::string>& v6Gws);
+    Reply followModemUpstream(const std::string& iface);
+    Reply leaveModemUpstream(const std::string& iface);
+
+    bool downstreamArgsValid(const char* op, const std::string& iface, const std::string& prefix);
+    void startDownstream(const std::string& iface);
+    void stopDownstream(const std::string& iface);
+
+    // Checks a quota call and fills `name` from the upstream when it may go to the device.
+    Reply checkQuotaRequest(const char* op, const std::string& upstream,
+                            char (&name)[VEXA_IFNAME_SIZE]);
+
     android::sp<android::hardware::tetheroffload::control::V1_0::ITetheringOffloadCallback> mCallback;
     ConnTimeoutUpdate* mTimeoutUpdate;  // owned, from initOffload to stopOffload
     OffloadEventHandle* mCbEvent;       // the process-wide data-path client, not owned
