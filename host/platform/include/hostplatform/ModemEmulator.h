@@ -43,10 +43,15 @@ public:
     // How the driver answers statistics requests from now on.
     void setStatsAnswer(uint64_t rxBytes, uint64_t txBytes, uint32_t dataLen = 128);
 
+    // Back to the defaults: device present, ioctls succeed, statistics answer 0 and 0 with
+    // data_len 128. The descriptor already handed out stays the device.
+    void restoreDefaults();
+
     // Hands the event thread one record and returns once it has been dispatched and the reader
     // is blocked in read() again. `readSize` is what read() returns (capped by the reader's
-    // count); bytes beyond the record read as zero. Returns false, and drops the record, when
-    // nobody took it within `timeout`.
+    // count); bytes beyond the record read as zero. Returns false when nobody took it within
+    // `timeout` (the record is dropped), or when the reader took it but was not back in read()
+    // within another `timeout`.
     bool deliverEvent(std::vector<uint8_t> record, size_t readSize,
                       std::chrono::milliseconds timeout = kDeliveryTimeout);
 
@@ -57,7 +62,8 @@ public:
     // when the device was never opened.
     bool waitReaderBlocked(std::chrono::milliseconds timeout = kDeliveryTimeout);
 
-    // The descriptor handed out by the last successful open, or -1.
+    // The descriptor handed out by the last successful open, or -1. Never close it: its number
+    // would go to another file while the emulator still answers for it.
     int deviceFd() const;
 
     static constexpr std::chrono::milliseconds kDeliveryTimeout{1000};
