@@ -26,6 +26,7 @@ public:
 
     // kUp registers the agent; kAbsent unregisters it; kFailing keeps it registered with every
     // runCmd failing in transport. The agent is up until told otherwise.
+    // ServiceRegistry::clear() unregisters it as well; setMode(kUp) registers it again.
     static void setMode(Mode mode);
 };
 
