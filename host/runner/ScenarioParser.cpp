@@ -1,0 +1,82 @@
+/*
+ * Copyright (C) 2026 The Tether Offload Project
+ *
+ * Licensed under the Apache License, Version 2.0 (the "License");
+ * you may not use this file except in compliance with the License.
+ * You may obtain a copy of the License at
+ *
+ *      http://www.apache.org/licenses/LICENSE-2.0
+ *
+ * Unless required by applicable law or agreed to in writing, software
+ * distributed under the License is distributed on an "AS IS" BASIS,
+ * WITHOUT WARRANTIES OR CONDITIONS OF ANY KIND, either express or implied.
+ * See the License for the specific language governing permissions and
+ * limitations under the License.
+ */
+
+#include "ScenarioParser.h"
+
+#include <algorithm>
+#include <sstream>
+
+#include "CommandParsers.h"
+#include "Words.h"
+
+namespace hostrunner {
+namespace {
+
+bool onlyStartupSettings(const std::vector<Command>& commands) {
+    return std::all_of(commands.begin(), commands.end(), [](const Command& c) {
+        return std::holds_alternative<DeviceAbsent>(c.body);
+    });
+}
+
+}  // namespace
+
+LineResult parseLine(const std::string& text, int line, Source source) {
+    LineResult result;
+    SplitResult split = splitWords(text);
+    if (!split.error.empty()) {
+        result.blank = false;
+        result.error = split.error;
+        return result;
+    }
+    if (split.words.empty()) return result;
+    result.blank = false;
+    result.command.line = line;
+    result.command.name = split.words[0].text;
+    std::vector<Word> rest(split.words.begin() + 1, split.words.end());
+    for (const Word& w : rest) result.command.args.push_back(w.text);
+    result.error = parseCommand(split.words[0], rest, &result.command.body);
+    if (result.error.empty() && source == Source::kScript &&
+        (std::holds_alternative<Help>(result.command.body) ||
+         std::holds_alternative<Quit>(result.command.body))) {
+        result.error = result.command.name + ": only in the console";
+    }
+    return result;
+}
+
+ScriptResult parseScript(const std::string& text, const std::string& name) {
+    ScriptResult result;
+    std::istringstream in(text);
+    std::string lineText;
+    int line = 0;
+    while (std::getline(in, lineText)) {
+        ++line;
+        LineResult parsed = parseLine(lineText, line, Source::kScript);
+        if (parsed.error.empty() && !parsed.blank &&
+            std::holds_alternative<DeviceAbsent>(parsed.command.body) &&
+            !onlyStartupSettings(result.commands)) {
+            parsed.error = "device absent: only before any other command";
+        }
+        if (!parsed.error.empty()) {
+            result.commands.clear();
+            result.error = name + ":" + std::to_string(line) + ": " + parsed.error;
+            return result;
+        }
+        if (!parsed.blank) result.commands.push_back(parsed.command);
+    }
+    return result;
+}
+
+}  // namespace hostrunner

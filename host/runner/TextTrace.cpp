@@ -1,0 +1,198 @@
+/*
+ * Copyright (C) 2026 The Tether Offload Project
+ *
+ * Licensed under the Apache License, Version 2.0 (the "License");
+ * you may not use this file except in compliance with the License.
+ * You may obtain a copy of the License at
+ *
+ *      http://www.apache.org/licenses/LICENSE-2.0
+ *
+ * Unless required by applicable law or agreed to in writing, software
+ * distributed under the License is distributed on an "AS IS" BASIS,
+ * WITHOUT WARRANTIES OR CONDITIONS OF ANY KIND, either express or implied.
+ * See the License for the specific language governing permissions and
+ * limitations under the License.
+ */
+
+#include "TextTrace.h"
+
+#include <cstdio>
+#include <sstream>
+
+#include "Values.h"
+#include "VexaDecoder.h"
+
+namespace hostrunner {
+namespace {
+
+constexpr const char* kRed = "31";
+constexpr const char* kGreen = "32";
+constexpr const char* kYellow = "33";
+constexpr const char* kBlue = "34";
+constexpr const char* kMagenta = "35";
+constexpr const char* kCyan = "36";
+constexpr const char* kDim = "2";
+
+char prioLetter(int prio) {
+    static const char kLetters[] = "??VDIWEFS";
+    return prio >= 0 && prio <= 8 ? kLetters[prio] : '?';
+}
+
+const char* prioColour(int prio) {
+    if (prio >= 6) return kRed;
+    if (prio == 5) return kYellow;
+    return nullptr;
+}
+
+std::string quoted(const std::string& text) {
+    return "\"" + escapeText(text) + "\"";
+}
+
+std::string errnoText(int errnum) {
+    std::string name = errnoName(errnum);
+    return name.empty() ? "errno " + std::to_string(errnum) : name;
+}
+
+std::string okText(bool ok) {
+    return ok ? "ok" : "failed in transport";
+}
+
+}  // namespace
+
+// Formats the part after the time and the kind column.
+struct TextFields {
+    TextTrace* trace;
+    std::string kind;
+    std::string text;
+
+    void operator()(const hostplatform::ThreadpoolRecord& r) {
+        kind = "threadpool";
+        text = "max=" + std::to_string(r.max) +
+               " callerWillJoin=" + (r.callerWillJoin ? "true" : "false");
+    }
+    void operator()(const hostplatform::RegisterRecord& r) {
+        kind = "register";
+        text = r.interface + " as " + quoted(r.name);
+    }
+    void operator()(const hostplatform::LogRecord& r) {
+        kind = "[" + r.thread + "]";
+        std::string line =
+                std::string(1, prioLetter(r.prio)) + " " + r.tag + ": " + escapeText(r.msg);
+        const char* colour = prioColour(r.prio);
+        text = colour ? trace->paint(colour, line) : line;
+    }
+    void operator()(const hostplatform::OpenRecord& r) {
+        kind = "open";
+        text = r.path + (r.fd >= 0 ? " -> fd " + std::to_string(r.fd)
+                                   : " -> " + trace->paint(kRed, errnoText(r.errnum)));
+    }
+    void operator()(const hostplatform::IoctlRecord& r) {
+        kind = "ioctl";
+        std::string result = r.ret == 0 ? "0" : std::to_string(r.ret) + " " + errnoText(r.errnum);
+        text = "fd " + std::to_string(r.fd) + " req " + std::to_string(r.req) + " " +
+               trace->paint(kBlue, describeRequest(r.bytes)) + " -> " +
+               (r.ret == 0 ? result : trace->paint(kRed, result)) + "  " +
+               trace->paint(kDim, toShortHex(r.bytes));
+    }
+    void operator()(const hostplatform::ReadRecord& r) {
+        kind = "read";
+        if (r.ret < 0) {
+            text = trace->paint(kRed, std::to_string(r.ret) + " " + errnoText(r.errnum));
+            return;
+        }
+        text = std::to_string(r.ret) + " bytes " +
+               trace->paint(kBlue, describeEvent(r.ret, r.bytes)) + "  " +
+               trace->paint(kDim, toShortHex(r.bytes));
+    }
+    void operator()(const hostplatform::AgentRecord& r) {
+        kind = "agent";
+        text = quoted(r.cmd) + " " + (r.ok ? okText(true) : trace->paint(kRed, okText(false)));
+    }
+    void operator()(const hostplatform::CallbackRecord& r) {
+        kind = "callback";
+        std::string call = r.op == "updateTimeout"
+                                   ? r.op + "(src " + r.src.addr + ":" +
+                                             std::to_string(r.src.port) + " dst " + r.dst.addr +
+                                             ":" + std::to_string(r.dst.port) + " proto " +
+                                             (r.proto == 6    ? "TCP"
+                                              : r.proto == 17 ? "UDP"
+                                                              : std::to_string(r.proto)) +
+                                             ")"
+                                   : r.op + "(" + callbackEventName(r.event) + ")";
+        text = trace->paint(kMagenta, call) + " " +
+               (r.ok ? okText(true) : trace->paint(kRed, okText(false)));
+    }
+    void operator()(const hostplatform::CallRecord& r) {
+        trace->mLastCallLine = r.line;
+        kind = "call";
+        std::string call = "--> " + std::to_string(r.line) + ": " + r.op;
+        for (const std::string& arg : r.args) call += " " + quoted(arg);
+        text = trace->paint(kCyan, call);
+    }
+    void operator()(const hostplatform::ReplyRecord& r) {
+        kind = "reply";
+        std::string reply = "<-- " + std::to_string(trace->mLastCallLine) + ": " + r.op + " ";
+        if (r.isStats) {
+            text = trace->paint(
+                    kGreen, reply + "rx=" + std::to_string(r.rx) + " tx=" + std::to_string(r.tx));
+            return;
+        }
+        reply += (r.ok ? "true " : "false ") + quoted(r.msg);
+        text = trace->paint(r.ok ? kGreen : kYellow, reply);
+    }
+    void operator()(const hostplatform::ExitRecord& r) {
+        kind = "exit";
+        text = "status " + std::to_string(r.status);
+    }
+    void operator()(const hostplatform::ErrorRecord& r) {
+        kind = "error";
+        text = trace->paint(kRed, "line " + std::to_string(r.line) + ": " + r.msg);
+    }
+};
+
+std::string TextTrace::format(const hostplatform::Record& record) {
+    TextFields fields{this, "", ""};
+    std::visit(fields, record.body);
+    char time[32];
+    snprintf(time, sizeof(time), "%4lld.%06lld", static_cast<long long>(record.tMicros / 1000000),
+             static_cast<long long>(record.tMicros % 1000000));
+    std::string kind = fields.kind;
+    if (kind.size() < 13) kind.resize(13, ' ');
+    return paint(kDim, time) + " " + kind + " " + fields.text;
+}
+
+std::string TextTrace::paint(const char* colour, const std::string& text) const {
+    if (!mColour) return text;
+    return std::string("\033[") + colour + "m" + text + "\033[0m";
+}
+
+std::string escapeText(const std::string& text) {
+    std::string out;
+    for (char c : text) {
+        switch (c) {
+            case '\n':
+                out += "\\n";
+                break;
+            case '\t':
+                out += "\\t";
+                break;
+            case '\\':
+                out += "\\\\";
+                break;
+            case '"':
+                out += "\\\"";
+                break;
+            default:
+                if (static_cast<unsigned char>(c) < 0x20 || c == 0x7f) {
+                    char hex[8];
+                    snprintf(hex, sizeof(hex), "\\x%02x", static_cast<unsigned char>(c));
+                    out += hex;
+                } else {
+                    out += c;
+                }
+        }
+    }
+    return out;
+}
+
+}  // namespace hostrunner

@@ -1,0 +1,43 @@
+/*
+ * Copyright (C) 2026 The Tether Offload Project
+ *
+ * Licensed under the Apache License, Version 2.0 (the "License");
+ * you may not use this file except in compliance with the License.
+ * You may obtain a copy of the License at
+ *
+ *      http://www.apache.org/licenses/LICENSE-2.0
+ *
+ * Unless required by applicable law or agreed to in writing, software
+ * distributed under the License is distributed on an "AS IS" BASIS,
+ * WITHOUT WARRANTIES OR CONDITIONS OF ANY KIND, either express or implied.
+ * See the License for the specific language governing permissions and
+ * limitations under the License.
+ */
+
+// Puts the device records of the trace into words for people: the control requests the service
+// sends by ioctl and the event records it reads.
+
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace hostrunner {
+
+// e.g. "ACTIVATE app=USB up=wanif0 down=mdbr0"
+std::string describeRequest(const std::vector<uint8_t>& bytes);
+
+// e.g. "STARTED app=0 msg=0 len=0"; `ret` is what read() returned.
+std::string describeEvent(long ret, const std::vector<uint8_t>& bytes);
+
+// The callback event names of the framework, e.g. "OFFLOAD_STARTED".
+std::string callbackEventName(uint32_t event);
+
+// Lowercase hex, two digits a byte.
+std::string toHex(const std::vector<uint8_t>& bytes);
+
+// Like toHex, with a run of zero bytes at the end shortened to "...+N zero bytes".
+std::string toShortHex(const std::vector<uint8_t>& bytes);
+
+}  // namespace hostrunner
