@@ -33,6 +33,9 @@ constexpr const char* kMagenta = "35";
 constexpr const char* kCyan = "36";
 constexpr const char* kDim = "2";
 
+// Wide enough for a thread name of 15 characters in brackets.
+constexpr size_t kKindWidth = 17;
+
 char prioLetter(int prio) {
     static const char kLetters[] = "??VDIWEFS";
     return prio >= 0 && prio <= 8 ? kLetters[prio] : '?';
@@ -46,6 +49,13 @@ const char* prioColour(int prio) {
 
 std::string quoted(const std::string& text) {
     return "\"" + escapeText(text) + "\"";
+}
+
+// Scenario words as they could be typed again: quoted only when they need it.
+std::string word(const std::string& text) {
+    bool plain = !text.empty() && text.find_first_of(" \t\"\\#") == std::string::npos &&
+                 escapeText(text) == text;
+    return plain ? text : quoted(text);
 }
 
 std::string errnoText(int errnum) {
@@ -126,7 +136,7 @@ struct TextFields {
         trace->mLastCallLine = r.line;
         kind = "call";
         std::string call = "--> " + std::to_string(r.line) + ": " + r.op;
-        for (const std::string& arg : r.args) call += " " + quoted(arg);
+        for (const std::string& arg : r.args) call += " " + word(arg);
         text = trace->paint(kCyan, call);
     }
     void operator()(const hostplatform::ReplyRecord& r) {
@@ -157,7 +167,7 @@ std::string TextTrace::format(const hostplatform::Record& record) {
     snprintf(time, sizeof(time), "%4lld.%06lld", static_cast<long long>(record.tMicros / 1000000),
              static_cast<long long>(record.tMicros % 1000000));
     std::string kind = fields.kind;
-    if (kind.size() < 13) kind.resize(13, ' ');
+    if (kind.size() < kKindWidth) kind.resize(kKindWidth, ' ');
     return paint(kDim, time) + " " + kind + " " + fields.text;
 }
 

@@ -202,32 +202,33 @@ TEST(TextTraceTest, WritesOneReadableLinePerRecord) {
     stats.tx = 2;
     // In order: the reply after a call carries the call's line.
     const Case cases[] = {
-            {ThreadpoolRecord{1, false}, "threadpool    max=1 callerWillJoin=false"},
-            {RegisterRecord{"a@1.0::I", "default"}, "register      a@1.0::I as \"default\""},
+            {ThreadpoolRecord{1, false}, "threadpool        max=1 callerWillJoin=false"},
+            {RegisterRecord{"a@1.0::I", "default"}, "register          a@1.0::I as \"default\""},
             {LogRecord{4, "TetherOffload", "initOffload ++\n", "main"},
-             "[main]        I TetherOffload: initOffload ++\\n"},
+             "[main]            I TetherOffload: initOffload ++\\n"},
             {LogRecord{6, "TetherOffload", "created HandleEvent thread\n", "main"},
-             "[main]        E TetherOffload: created HandleEvent thread\\n"},
-            {OpenRecord{"/dev/vexa", -1, ENOENT}, "open          /dev/vexa -> ENOENT"},
+             "[main]            E TetherOffload: created HandleEvent thread\\n"},
+            {OpenRecord{"/dev/vexa", -1, ENOENT}, "open              /dev/vexa -> ENOENT"},
             {IoctlRecord{3, 0, fromHex("54240200ff0000000000000000000000"), -1, EIO},
-             "ioctl         fd 3 req 0 ENABLE app=ALL len=0 -> -1 EIO  "
+             "ioctl             fd 3 req 0 ENABLE app=ALL len=0 -> -1 EIO  "
              "54240200ff0000000000000000000000"},
-            {ReadRecord{-1, {}, EIO}, "read          -1 EIO"},
+            {ReadRecord{-1, {}, EIO}, "read              -1 EIO"},
             {AgentRecord{"plexd bridge addif mdbr0 rndis0", false},
-             "agent         \"plexd bridge addif mdbr0 rndis0\" failed in transport"},
-            {started, "callback      onEvent(OFFLOAD_STARTED) ok"},
+             "agent             \"plexd bridge addif mdbr0 rndis0\" failed in transport"},
+            {started, "callback          onEvent(OFFLOAD_STARTED) ok"},
             {timeout,
-             "callback      updateTimeout(src 192.168.43.2:80 dst 8.8.8.8:53 proto TCP) failed in "
+             "callback          updateTimeout(src 192.168.43.2:80 dst 8.8.8.8:53 proto TCP) failed "
+             "in "
              "transport"},
-            {CallRecord{12, "addDownstream", {"mdbr0", "a b"}},
-             "call          --> 12: addDownstream \"mdbr0\" \"a b\""},
+            {CallRecord{12, "addDownstream", {"mdbr0", "a b", ""}},
+             "call              --> 12: addDownstream mdbr0 \"a b\" \"\""},
             {ReplyRecord{"addDownstream", true, "Successful\n", false, 0, 0},
-             "reply         <-- 12: addDownstream true \"Successful\\n\""},
+             "reply             <-- 12: addDownstream true \"Successful\\n\""},
             {CallRecord{13, "getForwardedStats", {"wanif0"}},
-             "call          --> 13: getForwardedStats \"wanif0\""},
-            {stats, "reply         <-- 13: getForwardedStats rx=1 tx=2"},
-            {ExitRecord{0}, "exit          status 0"},
-            {ErrorRecord{3, "oops"}, "error         line 3: oops"},
+             "call              --> 13: getForwardedStats wanif0"},
+            {stats, "reply             <-- 13: getForwardedStats rx=1 tx=2"},
+            {ExitRecord{0}, "exit              status 0"},
+            {ErrorRecord{3, "oops"}, "error             line 3: oops"},
     };
     for (const Case& c : cases) {
         EXPECT_EQ(trace.format(at(1234567, c.body)), "   1.234567 " + c.text);

@@ -1,0 +1,98 @@
+/*
+ * Copyright (C) 2026 The Tether Offload Project
+ *
+ * Licensed under the Apache License, Version 2.0 (the "License");
+ * you may not use this file except in compliance with the License.
+ * You may obtain a copy of the License at
+ *
+ *      http://www.apache.org/licenses/LICENSE-2.0
+ *
+ * Unless required by applicable law or agreed to in writing, software
+ * distributed under the License is distributed on an "AS IS" BASIS,
+ * WITHOUT WARRANTIES OR CONDITIONS OF ANY KIND, either express or implied.
+ * See the License for the specific language governing permissions and
+ * limitations under the License.
+ */
+
+#include "Executor.h"
+
+#include <chrono>
+#include <thread>
+
+#include "FrameworkCalls.h"
+#include "hostplatform/FakeAgent.h"
+#include "hostplatform/Framework.h"
+#include "hostplatform/ModemEmulator.h"
+#include "hostplatform/ProcFiles.h"
+#include "hostplatform/Properties.h"
+#include "hostplatform/StandardError.h"
+
+namespace hostrunner {
+namespace {
+
+using hostplatform::ModemEmulator;
+
+hostplatform::FakeAgent::Mode agentMode(Agent::Mode mode) {
+    switch (mode) {
+        case Agent::Mode::kAbsent:
+            return hostplatform::FakeAgent::Mode::kAbsent;
+        case Agent::Mode::kFailing:
+            return hostplatform::FakeAgent::Mode::kFailing;
+        case Agent::Mode::kUp:
+            break;
+    }
+    return hostplatform::FakeAgent::Mode::kUp;
+}
+
+// The world's commands; framework calls go elsewhere, console commands never get here.
+struct WorldChange {
+    void operator()(const ModemEvent& c) const {
+        // A record nobody reads is dropped without a trace, as the emulator promises.
+        (void)ModemEmulator::instance().deliverEvent(c.record, c.readSize);
+    }
+    void operator()(const ModemReadFail& c) const {
+        (void)ModemEmulator::instance().deliverReadFailure(c.errnum);
+    }
+    void operator()(const ModemStats& c) const {
+        ModemEmulator::instance().setStatsAnswer(c.rx, c.tx, c.dataLen);
+    }
+    void operator()(const ModemIoctl& c) const {
+        ModemEmulator::instance().setIoctlError(c.errnum);
+    }
+    void operator()(const Agent& c) const { hostplatform::FakeAgent::setMode(agentMode(c.mode)); }
+    void operator()(const FrameworkState& c) const { hostplatform::Framework::setAlive(c.alive); }
+    void operator()(const Prop& c) const { hostplatform::Properties::set(c.name, c.value); }
+    void operator()(const Proc& c) const {
+        auto proto = c.file == Proc::File::kTcp ? hostplatform::ProcFiles::Proto::kTcp
+                                                : hostplatform::ProcFiles::Proto::kUdp;
+        if (c.absent) {
+            hostplatform::ProcFiles::instance().setAbsent(proto);
+        } else {
+            hostplatform::ProcFiles::instance().setContent(proto, c.content);
+        }
+    }
+    void operator()(const Stderr& c) const { hostplatform::StandardError::setClosed(c.closed); }
+    void operator()(const Wait& c) const {
+        std::this_thread::sleep_for(std::chrono::milliseconds(c.millis));
+    }
+    // Applied before main started.
+    void operator()(const DeviceAbsent&) const {}
+    template <typename Other>
+    void operator()(const Other&) const {}
+};
+
+}  // namespace
+
+void waitForEventThread() {
+    (void)ModemEmulator::instance().waitReaderBlocked();
+}
+
+void execute(const Command& command) {
+    if (isFrameworkCall(command.body)) {
+        makeFrameworkCall(command);
+    } else {
+        std::visit(WorldChange{}, command.body);
+    }
+}
+
+}  // namespace hostrunner

@@ -1,0 +1,178 @@
+/*
+ * Copyright (C) 2026 The Tether Offload Project
+ *
+ * Licensed under the Apache License, Version 2.0 (the "License");
+ * you may not use this file except in compliance with the License.
+ * You may obtain a copy of the License at
+ *
+ *      http://www.apache.org/licenses/LICENSE-2.0
+ *
+ * Unless required by applicable law or agreed to in writing, software
+ * distributed under the License is distributed on an "AS IS" BASIS,
+ * WITHOUT WARRANTIES OR CONDITIONS OF ANY KIND, either express or implied.
+ * See the License for the specific language governing permissions and
+ * limitations under the License.
+ */
+
+#include "FrameworkCalls.h"
+
+#include <android/hardware/tetheroffload/config/1.0/IOffloadConfig.h>
+#include <android/hardware/tetheroffload/control/1.1/IOffloadControl.h>
+#include <android/log.h>
+#include <cutils/native_handle.h>
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cstdlib>
+
+#include "ReplyCheck.h"
+#include "hostplatform/Framework.h"
+#include "hostplatform/Recorder.h"
+
+namespace hostrunner {
+namespace {
+
+using android::sp;
+using android::hardware::hidl_handle;
+using android::hardware::hidl_string;
+using android::hardware::hidl_vec;
+using android::hardware::Return;
+using android::hardware::tetheroffload::config::V1_0::IOffloadConfig;
+using android::hardware::tetheroffload::control::V1_0::ITetheringOffloadCallback;
+using android::hardware::tetheroffload::control::V1_1::IOffloadControl;
+
+constexpr const char* kConfigStubTag = "android.hardware.tetheroffload.config@1.0::OffloadConfig";
+constexpr const char* kControlStubTag =
+        "android.hardware.tetheroffload.control@1.1::OffloadControl";
+
+[[noreturn]] void noService(const char* descriptor) {
+    __android_log_print(ANDROID_LOG_FATAL, "tetheroffload-service", "%s/default not registered",
+                        descriptor);
+    fflush(stdout);
+    abort();
+}
+
+sp<IOffloadControl> control() {
+    sp<IOffloadControl> service = IOffloadControl::getService("default");
+    if (service == nullptr) noService(IOffloadControl::descriptor);
+    return service;
+}
+
+hidl_vec<hidl_string> strings(const std::vector<std::string>& words) {
+    hidl_vec<hidl_string> out(words.size());
+    for (size_t i = 0; i < words.size(); ++i) out[i] = words[i];
+    return out;
+}
+
+// A native handle of `fds` descriptors on /dev/null, as the framework hands its netlink sockets;
+// closed and freed when the call is over. kNoHandle gives no native handle at all.
+class FrameworkHandle {
+public:
+    explicit FrameworkHandle(int fds) {
+        if (fds == SetHandles::kNoHandle) return;
+        mHandle = native_handle_create(fds, 0);
+        for (int i = 0; mHandle != nullptr && i < fds; ++i) {
+            mHandle->data[i] = open("/dev/null", O_RDWR | O_CLOEXEC);
+        }
+    }
+    ~FrameworkHandle() {
+        if (mHandle == nullptr) return;
+        native_handle_close(mHandle);
+        native_handle_delete(mHandle);
+    }
+    FrameworkHandle(const FrameworkHandle&) = delete;
+    FrameworkHandle& operator=(const FrameworkHandle&) = delete;
+
+    hidl_handle handle() const { return hidl_handle(mHandle); }
+
+private:
+    native_handle_t* mHandle = nullptr;
+};
+
+sp<ITetheringOffloadCallback> callbackFor(InitOffload::Callback version) {
+    switch (version) {
+        case InitOffload::Callback::k1_0:
+            return hostplatform::Framework::makeCallback(hostplatform::Framework::Version::k1_0);
+        case InitOffload::Callback::k1_1:
+            return hostplatform::Framework::makeCallback(hostplatform::Framework::Version::k1_1);
+        case InitOffload::Callback::kNull:
+            break;
+    }
+    return nullptr;
+}
+
+// One visitor case per call; `name` is the operation as traced.
+struct Caller {
+    const std::string& name;
+
+    void operator()(const SetHandles& c) const {
+        sp<IOffloadConfig> config = IOffloadConfig::getService("default");
+        if (config == nullptr) noService(IOffloadConfig::descriptor);
+        FrameworkHandle fd1(c.fds1);
+        FrameworkHandle fd2(c.fds2);
+        ReplyCheck check(kConfigStubTag, name);
+        check.finish(config->setHandles(fd1.handle(), fd2.handle(), check.statusCallback()));
+    }
+    void operator()(const InitOffload& c) const {
+        ReplyCheck check(kControlStubTag, name);
+        check.finish(control()->initOffload(callbackFor(c.callback), check.statusCallback()));
+    }
+    void operator()(const StopOffload&) const {
+        ReplyCheck check(kControlStubTag, name);
+        check.finish(control()->stopOffload(check.statusCallback()));
+    }
+    void operator()(const SetLocalPrefixes& c) const {
+        ReplyCheck check(kControlStubTag, name);
+        check.finish(control()->setLocalPrefixes(strings(c.prefixes), check.statusCallback()));
+    }
+    void operator()(const GetForwardedStats& c) const {
+        ReplyCheck check(kControlStubTag, name);
+        check.finish(control()->getForwardedStats(c.upstream, check.statsCallback()));
+    }
+    void operator()(const SetDataLimit& c) const {
+        ReplyCheck check(kControlStubTag, name);
+        check.finish(control()->setDataLimit(c.upstream, c.limit, check.statusCallback()));
+    }
+    void operator()(const SetDataWarningAndLimit& c) const {
+        ReplyCheck check(kControlStubTag, name);
+        check.finish(control()->setDataWarningAndLimit(c.upstream, c.warning, c.limit,
+                                                       check.statusCallback()));
+    }
+    void operator()(const SetUpstreamParameters& c) const {
+        ReplyCheck check(kControlStubTag, name);
+        check.finish(control()->setUpstreamParameters(c.iface, c.v4Addr, c.v4Gw, strings(c.v6Gws),
+                                                      check.statusCallback()));
+    }
+    void operator()(const AddDownstream& c) const {
+        ReplyCheck check(kControlStubTag, name);
+        check.finish(control()->addDownstream(c.iface, c.prefix, check.statusCallback()));
+    }
+    void operator()(const RemoveDownstream& c) const {
+        ReplyCheck check(kControlStubTag, name);
+        check.finish(control()->removeDownstream(c.iface, c.prefix, check.statusCallback()));
+    }
+    template <typename Other>
+    void operator()(const Other&) const {}
+};
+
+}  // namespace
+
+bool isFrameworkCall(const CommandBody& body) {
+    return std::holds_alternative<SetHandles>(body) || std::holds_alternative<InitOffload>(body) ||
+           std::holds_alternative<StopOffload>(body) ||
+           std::holds_alternative<SetLocalPrefixes>(body) ||
+           std::holds_alternative<GetForwardedStats>(body) ||
+           std::holds_alternative<SetDataLimit>(body) ||
+           std::holds_alternative<SetDataWarningAndLimit>(body) ||
+           std::holds_alternative<SetUpstreamParameters>(body) ||
+           std::holds_alternative<AddDownstream>(body) ||
+           std::holds_alternative<RemoveDownstream>(body);
+}
+
+void makeFrameworkCall(const Command& command) {
+    hostplatform::Recorder::instance().add(
+            hostplatform::CallRecord{command.line, command.name, command.args});
+    std::visit(Caller{command.name}, command.body);
+}
+
+}  // namespace hostrunner

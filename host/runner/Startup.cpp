@@ -1,0 +1,128 @@
+/*
+ * Copyright (C) 2026 The Tether Offload Project
+ *
+ * Licensed under the Apache License, Version 2.0 (the "License");
+ * you may not use this file except in compliance with the License.
+ * You may obtain a copy of the License at
+ *
+ *      http://www.apache.org/licenses/LICENSE-2.0
+ *
+ * Unless required by applicable law or agreed to in writing, software
+ * distributed under the License is distributed on an "AS IS" BASIS,
+ * WITHOUT WARRANTIES OR CONDITIONS OF ANY KIND, either express or implied.
+ * See the License for the specific language governing permissions and
+ * limitations under the License.
+ */
+
+// The host executable's start: runs before main (glibc hands .init_array functions the program's
+// arguments), because main is the service's own and ignores them. It reads the command line and
+// the whole scenario, applies the start-up setting, installs the trace and hands the scenario to
+// joinRpcThreadpool. Everything it touches is reached through function-local statics, so the
+// order of other files' static constructors does not matter.
+
+#include <stdio.h>
+#include <stdlib.h>
+#include <unistd.h>
+
+#include <fstream>
+#include <iostream>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "Arguments.h"
+#include "Console.h"
+#include "Executor.h"
+#include "JsonTrace.h"
+#include "ScenarioParser.h"
+#include "TextTrace.h"
+#include "hostplatform/ModemEmulator.h"
+#include "hostplatform/Recorder.h"
+#include "hostplatform/ServiceRegistry.h"
+
+namespace hostrunner {
+namespace {
+
+// The checked script, kept until joinRpcThreadpool runs it. Never destroyed.
+std::vector<Command>& script() {
+    static auto* commands = new std::vector<Command>();
+    return *commands;
+}
+
+// Bad command line or script: nothing has run, nothing is on standard output.
+[[noreturn]] void refuseToStart(const std::string& message) {
+    fprintf(stderr, "%s\n", message.c_str());
+    fflush(stderr);
+    _exit(2);
+}
+
+std::string readScenario(const std::string& path) {
+    std::ostringstream text;
+    if (path.empty()) {
+        text << std::cin.rdbuf();
+        return text.str();
+    }
+    std::ifstream file(path);
+    if (!file) refuseToStart(path + ": cannot read the scenario");
+    text << file.rdbuf();
+    return text.str();
+}
+
+void writeLine(std::string line) {
+    line += '\n';
+    fwrite(line.data(), 1, line.size(), stdout);
+    fflush(stdout);
+}
+
+void installTrace(TraceFormat format) {
+    hostplatform::Recorder& recorder = hostplatform::Recorder::instance();
+    if (format == TraceFormat::kJsonl) {
+        recorder.addSink([](const hostplatform::Record& r) { writeLine(toJsonLine(r)); });
+        return;
+    }
+    // Never destroyed: the event thread may still record while the process exits.
+    auto* trace = new TextTrace(isatty(STDOUT_FILENO) == 1);
+    recorder.addSink([trace](const hostplatform::Record& r) { writeLine(trace->format(r)); });
+}
+
+void runScript() {
+    waitForEventThread();
+    for (const Command& command : script()) execute(command);
+}
+
+void runConsole() {
+    waitForEventThread();
+    EditLineReader reader("offload> ");
+    Console(&reader, stdout, stderr).run();
+}
+
+void recordExit(int status, void*) {
+    hostplatform::Recorder::instance().add(hostplatform::ExitRecord{status});
+    fflush(stdout);
+}
+
+void startHostRunner(int argc, char** argv, char**) {
+    Arguments args = parseArguments(argc, argv);
+    if (!args.error.empty()) refuseToStart(args.error + "\n" + kUsage);
+    const bool console = args.scenario.empty() && isatty(STDIN_FILENO) == 1;
+    if (!console) {
+        ScriptResult parsed = parseScript(readScenario(args.scenario),
+                                          args.scenario.empty() ? "<stdin>" : args.scenario);
+        if (!parsed.error.empty()) refuseToStart(parsed.error);
+        script() = std::move(parsed.commands);
+    }
+    if (!script().empty() && std::holds_alternative<DeviceAbsent>(script().front().body)) {
+        hostplatform::ModemEmulator::instance().setDevicePresent(false);
+    }
+    installTrace(args.trace);
+    hostplatform::Threadpool::setServer(console ? runConsole : runScript);
+    on_exit(recordExit, nullptr);
+}
+
+}  // namespace
+
+// glibc calls .init_array entries with (argc, argv, envp).
+__attribute__((section(".init_array"),
+               used)) static void (*gStartHostRunner)(int, char**, char**) = startHostRunner;
+
+}  // namespace hostrunner
