@@ -17,14 +17,9 @@
 #include <android/hardware/tetheroffload/control/1.1/ITetheringOffloadCallback.h>
 #include <gtest/gtest.h>
 
-#include <string>
-#include <vector>
-
 #include "hostplatform/Framework.h"
 
 using ::android::sp;
-using ::android::hardware::hidl_string;
-using ::android::hardware::hidl_vec;
 using ::android::hardware::Return;
 using ::android::hidl::base::V1_0::IBase;
 using ::hostplatform::Framework;
@@ -85,27 +80,6 @@ TEST_F(HidlCastTest, NullParentIsAnOkNull) {
         ASSERT_TRUE(cast.isOk());
         EXPECT_EQ(nullptr, static_cast<sp<V1_1::ITetheringOffloadCallback>>(cast));
     }
-}
-
-std::vector<std::string> chainOf(const sp<IBase>& object) {
-    std::vector<std::string> chain;
-    Return<void> ret = object->interfaceChain([&](const hidl_vec<hidl_string>& descriptors) {
-        chain.assign(descriptors.begin(), descriptors.end());
-    });
-    EXPECT_TRUE(ret.isOk());
-    return chain;
-}
-
-TEST_F(HidlCastTest, CallbackChainsListSelfFirstAndIBaseLast) {
-    EXPECT_EQ((std::vector<std::string>{
-                      "android.hardware.tetheroffload.control@1.0::ITetheringOffloadCallback",
-                      "android.hidl.base@1.0::IBase"}),
-              chainOf(cb10));
-    EXPECT_EQ((std::vector<std::string>{
-                      "android.hardware.tetheroffload.control@1.1::ITetheringOffloadCallback",
-                      "android.hardware.tetheroffload.control@1.0::ITetheringOffloadCallback",
-                      "android.hidl.base@1.0::IBase"}),
-              chainOf(cb11));
 }
 
 }  // namespace
