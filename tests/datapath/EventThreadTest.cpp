@@ -25,6 +25,7 @@
 #include <hostplatform/Recorder.h>
 #include <string.h>
 
+#include <algorithm>
 #include <memory>
 #include <string>
 #include <vector>
