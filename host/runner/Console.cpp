@@ -61,6 +61,8 @@ const char* helpText() {
            "  proc tcp|udp TEXT|absent\n"
            "  stderr closed|open\n"
            "  wait MS\n"
+           "Start-up setting (a script's first lines only):\n"
+           "  device absent\n"
            "Console:\n"
            "  help\n"
            "  quit                                  (or end of input)\n"

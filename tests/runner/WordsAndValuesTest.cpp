@@ -116,28 +116,6 @@ TEST(ValuesTest, ReadsNumbersWithinTheirRange) {
     }
 }
 
-TEST(ValuesTest, ReadsAddressesInNetworkOrder) {
-    std::array<uint8_t, 4> addr{};
-    ASSERT_TRUE(parseIpv4("192.168.43.2", &addr));
-    EXPECT_EQ(addr, (std::array<uint8_t, 4>{192, 168, 43, 2}));
-    for (const char* bad : {"1.2.3", "1.2.3.256", "a.b.c.d", "", "1.2.3.4.5", "::1"}) {
-        EXPECT_FALSE(parseIpv4(bad, &addr)) << bad;
-    }
-}
-
-TEST(ValuesTest, ReadsHexStrings) {
-    std::vector<uint8_t> bytes{9};
-    ASSERT_TRUE(parseHexBytes("00ff1A", &bytes));
-    EXPECT_EQ(bytes, (std::vector<uint8_t>{0x00, 0xff, 0x1a}));
-    ASSERT_TRUE(parseHexBytes("", &bytes));
-    EXPECT_TRUE(bytes.empty());
-    for (const char* bad : {"0", "abc", "0g", "00 11", "0x00"}) {
-        std::vector<uint8_t> untouched{5};
-        EXPECT_FALSE(parseHexBytes(bad, &untouched)) << bad;
-        EXPECT_EQ(untouched, std::vector<uint8_t>{5}) << bad;
-    }
-}
-
 TEST(ValuesTest, ReadsErrnoByNameOrNumber) {
     int value = 0;
     ASSERT_TRUE(parseErrno("EIO", &value));
