@@ -16,7 +16,11 @@
 
 #include "Executor.h"
 
+#include <dirent.h>
+
 #include <chrono>
+#include <fstream>
+#include <string>
 #include <thread>
 
 #include "FrameworkCalls.h"
@@ -31,6 +35,24 @@ namespace hostrunner {
 namespace {
 
 using hostplatform::ModemEmulator;
+
+constexpr const char* kEventThreadName = "HandleEvent";
+
+// Whether a thread of this process has the name. An ended thread leaves /proc/self/task even
+// while nobody has joined it.
+bool threadRunning(const std::string& name) {
+    DIR* tasks = opendir("/proc/self/task");
+    if (tasks == nullptr) return false;
+    bool found = false;
+    while (dirent* entry = readdir(tasks)) {
+        if (entry->d_name[0] == '.') continue;
+        std::ifstream comm(std::string("/proc/self/task/") + entry->d_name + "/comm");
+        std::string line;
+        if (std::getline(comm, line) && line == name) found = true;
+    }
+    closedir(tasks);
+    return found;
+}
 
 hostplatform::FakeAgent::Mode agentMode(Agent::Mode mode) {
     switch (mode) {
@@ -84,7 +106,13 @@ struct WorldChange {
 }  // namespace
 
 void waitForEventThread() {
-    (void)ModemEmulator::instance().waitReaderBlocked();
+    if (ModemEmulator::instance().waitReaderBlocked()) return;
+    // No reader: without a device the thread ends at once, and its last log lines must not
+    // mingle with those of the first command.
+    const auto deadline = std::chrono::steady_clock::now() + ModemEmulator::kDeliveryTimeout;
+    while (threadRunning(kEventThreadName) && std::chrono::steady_clock::now() < deadline) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
 }
 
 void execute(const Command& command) {
