@@ -168,30 +168,6 @@ TEST_F(ValidationTest, CheckPrefixSplitsAtTheFirstSlashAndTestsMaskThenAddress) 
     }
 }
 
-TEST_F(ValidationTest, IsValidMaskBoundsByFamily) {
-    struct Case {
-        int mask;
-        TetherOffloadHal::FAMILY fam;
-        bool valid;
-    };
-    const Case cases[] = {
-            {1, V4, true},   {32, V4, true},  {33, V4, false},     {0, V4, false},
-            {-1, V6, false}, {128, V6, true}, {129, V6, false},    {33, V6, true},
-            {1, ANY, true},  {0, ANY, false}, {100000, ANY, true},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE("mask " + std::to_string(c.mask) + " family " + std::to_string(c.fam));
-        Recorder::instance().clear();
-        EXPECT_EQ(c.valid, mHal->isValidMask(c.mask, c.fam));
-        Lines expected;
-        if (!c.valid) {
-            expected.push_back("isValidMask Invalid input: mask = " + std::to_string(c.mask) +
-                               ", fam = " + std::to_string(c.fam) + "\n");
-        }
-        EXPECT_THAT(infoLines(), ElementsAreArray(expected));
-    }
-}
-
 TEST_F(ValidationTest, FindAddrAndMaskReplacesOutputsOnlyOnSuccess) {
     struct Case {
         std::string in;
