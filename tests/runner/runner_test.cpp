@@ -1,0 +1,262 @@
+/*
+ * Copyright (C) 2026 The Tether Offload Project
+ *
+ * Licensed under the Apache License, Version 2.0 (the "License");
+ * you may not use this file except in compliance with the License.
+ * You may obtain a copy of the License at
+ *
+ *      http://www.apache.org/licenses/LICENSE-2.0
+ *
+ * Unless required by applicable law or agreed to in writing, software
+ * distributed under the License is distributed on an "AS IS" BASIS,
+ * WITHOUT WARRANTIES OR CONDITIONS OF ANY KIND, either express or implied.
+ * See the License for the specific language governing permissions and
+ * limitations under the License.
+ */
+
+// The host executable's pieces that the example traces do not show: the word and number rules of
+// a scenario line, the text trace, the JSON of what no example records, the stub-rule checks on
+// the service's replies, and the console.
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <deque>
+#include <nlohmann/json.hpp>
+
+#include "Console.h"
+#include "JsonTrace.h"
+#include "ReplyCheck.h"
+#include "ScenarioParser.h"
+#include "TextTrace.h"
+#include "VexaDecoder.h"
+#include "datapath/vexa_protocol.h"
+#include "hostplatform/Recorder.h"
+
+namespace hostrunner {
+namespace {
+
+using namespace hostplatform;
+using Bytes = std::vector<uint8_t>;
+
+// What a script line reads as: the error, "blank", or the command and its words joined by '|',
+// then the number of a setDataLimit or whether a proc line means absence.
+std::string reading(const std::string& line) {
+    const LineResult r = parseLine(line, 1, Source::kScript);
+    if (!r.error.empty()) return "error: " + r.error;
+    if (r.blank) return "blank";
+    std::string out = r.command.name;
+    for (const std::string& arg : r.command.args) out += "|" + arg;
+    if (auto* cmd = std::get_if<SetDataLimit>(&r.command.body))
+        out += " =" + std::to_string(cmd->limit);
+    if (auto* cmd = std::get_if<Proc>(&r.command.body)) out += cmd->absent ? " =absent" : " =text";
+    return out;
+}
+
+TEST(ScenarioLineTest, WordsQuotesEscapesNumbersAndComments) {
+    const std::pair<std::string, std::string> cases[] = {
+            {"", "blank"},
+            {" \t ", "blank"},
+            {"# only a comment", "blank"},
+            {"  prop  a\tb  # comment", "prop|a|b"},
+            {"prop a b#tight", "prop|a|b"},
+            {"prop a \"# not a comment\"", "prop|a|# not a comment"},
+            {"setUpstreamParameters wanif0 \"10.0.0.2\" \"\" fe80::1",
+             "setUpstreamParameters|wanif0|10.0.0.2||fe80::1"},
+            {"prop a \"say \\\"hi\\\" \\\\ \\t\\n\\x41\\x7a\"", "prop|a|say \"hi\" \\ \t\nAz"},
+            {"prop a b\\c\r", "prop|a|b\\c"},
+            {"proc udp absent", "proc|udp|absent =absent"},
+            {"proc udp \"absent\"", "proc|udp|absent =text"},
+            {"prop a \"open", "error: unterminated quote"},
+            {"prop a \"ends in escape\\", "error: unterminated quote"},
+            {"prop a \"b\"c", "error: text after a closing quote"},
+            {"prop a b\"c\"", "error: unexpected quote inside a word"},
+            {"prop a \"\\q\"", "error: unknown escape \\q"},
+            {"prop a \"\\x4\"", "error: \\x needs two hex digits"},
+            {"setDataLimit wanif0 42", "setDataLimit|wanif0|42 =42"},
+            {"setDataLimit wanif0 0XfF", "setDataLimit|wanif0|0XfF =255"},
+            {"setDataLimit wanif0 18446744073709551615",
+             "setDataLimit|wanif0|18446744073709551615 =18446744073709551615"},
+            {"setDataLimit wanif0 0xffffffffffffffff",
+             "setDataLimit|wanif0|0xffffffffffffffff =18446744073709551615"},
+    };
+    for (const auto& [line, expected] : cases) EXPECT_EQ(expected, reading(line)) << line;
+    for (const char* bad :
+         {"18446744073709551616", "0x10000000000000000", "0x", "-1", "12a", "0x1g", " 1", "1.5"}) {
+        EXPECT_EQ("error: setDataLimit: malformed number '" + std::string(bad) + "'",
+                  reading("setDataLimit wanif0 \"" + std::string(bad) + "\""));
+    }
+    EXPECT_EQ("error: setHandles: number 3 out of range (at most 2)", reading("setHandles 1 3"));
+    EXPECT_EQ("error: help: only in the console", reading("help"));
+}
+
+Record at(int64_t t, RecordBody body) {
+    return Record{t, std::move(body)};
+}
+
+TEST(TextTraceTest, WritesOneReadableLinePerRecord) {
+    CallbackRecord started{"onEvent", 1, {}, {}, 0, true};
+    CallbackRecord timeout{"updateTimeout", 0, {"192.168.43.2", 80}, {"8.8.8.8", 53}, 6, false};
+    ReplyRecord stats{"getForwardedStats", true, "", true, 1, 2};
+    const Bytes enable = {0x54, 0x24, 2, 0, 0xff, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0};
+    Bytes event(16, 0);
+    event[0] = 0x54, event[1] = 0x24, event[2] = 7;
+    const std::pair<RecordBody, std::string> cases[] = {
+            {ThreadpoolRecord{1, false}, "threadpool        max=1 callerWillJoin=false"},
+            {RegisterRecord{"a@1.0::I", "default"}, "register          a@1.0::I as \"default\""},
+            {LogRecord{6, "TetherOffload", "created\tthread\n", "HandleEvent"},
+             "[HandleEvent]     E TetherOffload: created\\tthread\\n"},
+            {OpenRecord{"/dev/vexa", -1, ENOENT}, "open              /dev/vexa -> ENOENT"},
+            {IoctlRecord{3, 0, enable, -1, EIO},
+             "ioctl             fd 3 req 0 ENABLE app=ALL len=0 -> -1 EIO  "
+             "54240200ff0000000000000000000000"},
+            {ReadRecord{16, event, 0},
+             "read              16 bytes WARNING_REACHED app=0 msg=0 len=0  "
+             "54240700000000000000000000000000"},
+            {ReadRecord{-1, {}, 4000}, "read              -1 errno 4000"},
+            {AgentRecord{"plexd bridge addif mdbr0 rndis0", false},
+             "agent             \"plexd bridge addif mdbr0 rndis0\" failed in transport"},
+            {started, "callback          onEvent(OFFLOAD_STARTED) ok"},
+            {timeout,
+             "callback          updateTimeout(src 192.168.43.2:80 dst 8.8.8.8:53 proto TCP) "
+             "failed in transport"},
+            {CallRecord{12, "addDownstream", {"mdbr0", "a b", ""}},
+             "call              --> 12: addDownstream mdbr0 \"a b\" \"\""},
+            {ReplyRecord{"addDownstream", true, "Successful\n", false, 0, 0},
+             "reply             <-- 12: addDownstream true \"Successful\\n\""},
+            {stats, "reply             <-- 12: getForwardedStats rx=1 tx=2"},
+            {ExitRecord{0}, "exit              status 0"},
+            {ErrorRecord{3, "oops"}, "error             line 3: oops"},
+    };
+    TextTrace trace(false);
+    for (const auto& [body, text] : cases) {
+        EXPECT_EQ("   1.234567 " + text, trace.format(at(1234567, body)));
+    }
+    const std::string coloured = TextTrace(true).format(at(0, LogRecord{6, "T", "x", "main"}));
+    EXPECT_NE(std::string::npos, coloured.find("\033[31mE T: x\033[0m")) << coloured;
+}
+
+template <typename T>
+Bytes bytesOf(const T& record) {
+    const uint8_t* p = reinterpret_cast<const uint8_t*>(&record);
+    return Bytes(p, p + sizeof(record));
+}
+
+vexa_common_hdr_t header(uint32_t msg, uint32_t dataLen, uint32_t app = VEXA_APP_TYPE_ALL) {
+    return vexa_common_hdr_t{VEXA_MCODE, VEXA_REQ_STATUS, app, msg, dataLen};
+}
+
+TEST(VexaDecoderTest, NamesEveryFieldOfRequestsAndEvents) {
+    const vexa_activate_req_t activate{header(VEXA_CMSG_ACTIVATE, 32, VEXA_APP_TYPE_USB), "wanif0",
+                                       "mdbr0"};
+    const vexa_ct_timeout_req_t timeout{header(VEXA_CMSG_SET_CT_TIMEOUT, 8), 180, 432000};
+    const vexa_warning_limit_req_t both{header(VEXA_CMSG_SET_WARNING_AND_LIMIT, 32), "wanif0", 200,
+                                        100};
+    const std::pair<Bytes, std::string> requests[] = {
+            {Bytes(15, 0), "short request"},
+            {bytesOf(activate), "ACTIVATE app=USB len=32 up=wanif0 down=mdbr0"},
+            {bytesOf(timeout), "SET_CT_TIMEOUT app=ALL len=8 udp=180 tcp=432000"},
+            {bytesOf(both),
+             "SET_WARNING_AND_LIMIT app=ALL len=32 iface=wanif0 limit=200 warning=100"},
+            {bytesOf(vexa_common_hdr_t{0, 3, 7, 9, 0}), "msg 9 app=7 len=0 mcode=0x0 status=3"},
+    };
+    for (const auto& [bytes, text] : requests) EXPECT_EQ(text, describeRequest(bytes));
+
+    Bytes conn = bytesOf(vexa_common_hdr_t{VEXA_MCODE, 6, 0, 0, 28});
+    for (uint8_t b : {192, 168, 43, 2, 8,  8, 8, 8, 10, 0, 0, 1, 80, 0,
+                      53,  0,   80, 0, 17, 0, 0, 0, 0,  0, 1, 0, 0,  0}) {
+        conn.push_back(b);
+    }
+    EXPECT_EQ(
+            "CONNECT_UPDATE app=0 msg=0 len=28 192.168.43.2:80 8.8.8.8:53 10.0.0.1:80 proto=17 "
+            "dst_nat=1",
+            describeEvent(44, conn));
+    EXPECT_EQ("unknown(9) app=1 msg=0 len=0 bad mcode=0x0",
+              describeEvent(16, bytesOf(vexa_common_hdr_t{0, 9, 1, 0, 0})));
+    Bytes stats(256, 0);
+    stats[0] = 0x54;
+    EXPECT_EQ("54000000000000000000000000000000...+240 zero bytes", toShortHex(stats));
+}
+
+TEST(JsonTraceTest, ErrorRecordsAndAnyBytesStayValidJson) {
+    EXPECT_EQ(R"({"k":"error","t":5,"line":3,"msg":"wait: malformed number 'x'"})",
+              toJsonLine(at(5, ErrorRecord{3, "wait: malformed number 'x'"})));
+    const std::string line =
+            toJsonLine(at(1, LogRecord{6, "T", std::string("\xff\"q\" \x01\n"), "x"}));
+    EXPECT_EQ(std::string::npos, line.find('\n'));
+    const std::string msg = nlohmann::json::parse(line)["msg"];
+    EXPECT_NE(std::string::npos, msg.find("\"q\" \x01\n")) << line;
+}
+
+using ReplyCheckDeathTest = ::testing::Test;
+
+TEST(ReplyCheckDeathTest, EndsTheProcessWhenTheStubRulesAreBroken) {
+    const std::pair<std::function<void()>, const char*> cases[] = {
+            {[] { ReplyCheck("tag", "stopOffload").finish(android::hardware::Void()); },
+             "stopOffload: _hidl_cb not called, but must be called once"},
+            {[] {
+                 ReplyCheck check("tag", "stopOffload");
+                 check.statusCallback()(true, "");
+                 check.statusCallback()(true, "");
+             },
+             "stopOffload: _hidl_cb called a second time, but must be called once"},
+            {[] {
+                 ReplyCheck check("tag", "stopOffload");
+                 auto cb = check.statusCallback();
+                 cb(true, "");
+                 check.finish(android::hardware::Void());
+                 cb(true, "");
+             },
+             "stopOffload: _hidl_cb called after the call returned"},
+            {[] {
+                 ReplyCheck check("tag", "stopOffload");
+                 check.statusCallback()(true, "");
+                 check.finish(android::hardware::Status::fromExceptionCode(
+                         android::hardware::Status::EX_TRANSACTION_FAILED));
+             },
+             "stopOffload: the call returned a transport error"},
+    };
+    for (const auto& [body, message] : cases) EXPECT_DEATH(body(), message);
+}
+
+class ScriptedLines : public LineReader {
+public:
+    explicit ScriptedLines(std::deque<std::string> lines) : mLines(std::move(lines)) {}
+    bool readLine(std::string* line) override {
+        if (mLines.empty()) return false;
+        *line = mLines.front();
+        mLines.pop_front();
+        return true;
+    }
+    std::deque<std::string> mLines;
+};
+
+std::string contents(FILE* f) {
+    std::string out(4096, '\0');
+    rewind(f);
+    out.resize(fread(&out[0], 1, out.size(), f));
+    fclose(f);
+    return out;
+}
+
+TEST(ConsoleTest, ReportsBadLinesAndGoesOnUntilQuit) {
+    Recorder::instance().clear();
+    FILE* out = tmpfile();
+    FILE* err = tmpfile();
+    ScriptedLines lines(
+            {"# comment", "launch", "help", "device absent", "wait 0", "quit", "wait 0"});
+    Console(&lines, out, err).run();
+    EXPECT_EQ(1u, lines.mLines.size()) << "read on after quit";
+    EXPECT_EQ(helpText(), contents(out));
+    EXPECT_EQ(
+            "<stdin>:2: unknown command 'launch'\n"
+            "<stdin>:4: device absent: only at the start of a script\n",
+            contents(err));
+    const std::vector<ErrorRecord> errors = Recorder::instance().all<ErrorRecord>();
+    ASSERT_EQ(2u, errors.size());
+    EXPECT_EQ(4, errors[1].line);
+    EXPECT_EQ("device absent: only at the start of a script", errors[1].msg);
+}
+
+}  // namespace
+}  // namespace hostrunner
