@@ -1,0 +1,251 @@
+/*
+ * Copyright (C) 2026 The Tether Offload Project
+ *
+ * Licensed under the Apache License, Version 2.0 (the "License");
+ * you may not use this file except in compliance with the License.
+ * You may obtain a copy of the License at
+ *
+ *      http://www.apache.org/licenses/LICENSE-2.0
+ *
+ * Unless required by applicable law or agreed to in writing, software
+ * distributed under the License is distributed on an "AS IS" BASIS,
+ * WITHOUT WARRANTIES OR CONDITIONS OF ANY KIND, either express or implied.
+ * See the License for the specific language governing permissions and
+ * limitations under the License.
+ */
+
+// The host executable run as a person runs it: every example's JSONL trace against its golden
+// file (tests/scenarios/README.md; TETHEROFFLOAD_UPDATE_GOLDEN=1 rewrites them instead), the
+// start-up order, the refusal of bad input and the exit.
+
+#include <dirent.h>
+#include <gtest/gtest.h>
+#include <stdlib.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <fstream>
+#include <nlohmann/json.hpp>
+#include <regex>
+#include <sstream>
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+std::string readFile(const std::string& path) {
+    std::ostringstream text;
+    text << std::ifstream(path, std::ios::binary).rdbuf();
+    return text.str();
+}
+
+void writeFile(const std::string& path, const std::string& text) {
+    std::ofstream(path, std::ios::binary) << text;
+}
+
+std::vector<std::string> lines(const std::string& text) {
+    std::vector<std::string> out;
+    std::istringstream in(text);
+    for (std::string line; std::getline(in, line);) out.push_back(line);
+    return out;
+}
+
+// A file in a scratch folder of this process, removed (when empty) at exit.
+std::string scratch(const std::string& name) {
+    static const std::string* dir = [] {
+        const char* tmp = getenv("TMPDIR");
+        std::string pattern = std::string(tmp ? tmp : "/tmp") + "/tetheroffload-test-XXXXXX";
+        atexit([] { rmdir(dir->c_str()); });
+        return new std::string(mkdtemp(pattern.data()));
+    }();
+    return *dir + "/" + name;
+}
+
+struct ServiceRun {
+    int status;  // -1 when the process did not exit
+    std::string out, err;
+};
+
+// Runs the service with `args` (shell words) and `input` on standard input.
+ServiceRun runService(const std::string& args, const std::string& input = "") {
+    writeFile(scratch("in"), input);
+    const std::string command = std::string("'") + TETHEROFFLOAD_SERVICE + "' " + args + " <" +
+                                scratch("in") + " >" + scratch("out") + " 2>" + scratch("err");
+    const int status = system(command.c_str());
+    ServiceRun run{WIFEXITED(status) ? WEXITSTATUS(status) : -1, readFile(scratch("out")),
+                   readFile(scratch("err"))};
+    for (const char* name : {"in", "out", "err"}) unlink(scratch(name).c_str());
+    return run;
+}
+
+// One record a line; a line that is not a JSON object fails the test.
+std::vector<Json> parseTrace(const std::string& text) {
+    std::vector<Json> records;
+    for (const std::string& line : lines(text)) {
+        Json record = Json::parse(line, nullptr, /*allow_exceptions=*/false);
+        EXPECT_TRUE(record.is_object()) << line;
+        if (record.is_object()) records.push_back(record);
+    }
+    return records;
+}
+
+// The record without what varies from run to run: the time, descriptors, pointers in log text.
+Json stableForm(Json record) {
+    static const std::regex fd("(fd\\s*=\\s*)-?[0-9]+"), pointer("0x[0-9a-fA-F]{8,}");
+    record.erase("t");
+    record.erase("fd");
+    if (record.value("k", "") == "log" && record["msg"].is_string()) {
+        const std::string msg = record["msg"];
+        record["msg"] =
+                std::regex_replace(std::regex_replace(msg, fd, "$1<fd>"), pointer, "0x<ptr>");
+    }
+    return record;
+}
+
+// Start-up runs on two threads at once, so its records (up to the first one a scenario line
+// caused) are put in a fixed order without thread names: threadpool, register, open, then the
+// log lines by text. A failed naming of an event thread that already ended is left out.
+std::string stableTrace(const std::vector<Json>& records) {
+    auto kind = [](const Json& r) { return r.value("k", ""); };
+    auto rank = [&](const Json& r) {
+        const char* order[] = {"threadpool", "register", "open", "log"};
+        return std::find(std::begin(order), std::end(order), kind(r)) - std::begin(order);
+    };
+    size_t end = 0;
+    while (end < records.size() && kind(records[end]) != "call" && kind(records[end]) != "read" &&
+           records[end].value("msg", "") != "tether offload exiting") {
+        ++end;
+    }
+    std::vector<Json> startup;
+    for (size_t i = 0; i < end; ++i) {
+        if (records[i].value("msg", "") == "fail to change HandleEvent thread name\n") continue;
+        startup.push_back(stableForm(records[i]));
+        startup.back().erase("thread");
+    }
+    std::stable_sort(startup.begin(), startup.end(), [&](const Json& a, const Json& b) {
+        if (rank(a) != rank(b)) return rank(a) < rank(b);
+        return kind(a) == "log" && a.value("msg", "") < b.value("msg", "");
+    });
+    std::string out;
+    for (const Json& record : startup) out += record.dump() + "\n";
+    for (size_t i = end; i < records.size(); ++i) out += stableForm(records[i]).dump() + "\n";
+    return out;
+}
+
+class GoldenTest : public ::testing::TestWithParam<std::string> {};
+
+TEST_P(GoldenTest, TraceMatchesTheExpectation) {
+    const std::string golden = std::string(TETHEROFFLOAD_GOLDEN) + "/" + GetParam() + ".jsonl";
+    const ServiceRun run = runService(std::string("--trace=jsonl ") + TETHEROFFLOAD_EXAMPLES + "/" +
+                                      GetParam() + ".scenario");
+    ASSERT_EQ(0, run.status) << run.err;
+    const std::vector<Json> records = parseTrace(run.out);
+    for (size_t i = 1; i < records.size(); ++i) {
+        ASSERT_LE(records[i - 1]["t"].get<int64_t>(), records[i]["t"].get<int64_t>()) << i;
+    }
+    const std::string actual = stableTrace(records);
+    const char* update = getenv("TETHEROFFLOAD_UPDATE_GOLDEN");
+    if (update != nullptr && std::string(update) == "1") return writeFile(golden, actual);
+
+    const std::vector<std::string> want = lines(readFile(golden)), got = lines(actual);
+    ASSERT_FALSE(want.empty()) << golden << " is missing: see tests/scenarios/README.md";
+    for (size_t i = 0; i < std::max(want.size(), got.size()); ++i) {
+        ASSERT_EQ(i < want.size() ? want[i] : "<end>", i < got.size() ? got[i] : "<end>")
+                << "record " << i + 1 << " of " << want.size();
+    }
+}
+
+std::vector<std::string> exampleNames() {
+    std::vector<std::string> names;
+    DIR* dir = opendir(TETHEROFFLOAD_EXAMPLES);
+    for (dirent* entry; dir != nullptr && (entry = readdir(dir)) != nullptr;) {
+        const std::string name = entry->d_name;
+        const size_t dot = name.rfind(".scenario");
+        if (dot != std::string::npos && dot + 9 == name.size())
+            names.push_back(name.substr(0, dot));
+    }
+    if (dir != nullptr) closedir(dir);
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+// The test name is what CMake's MAKE_C_IDENTIFIER makes of the file name, for the ctest filter.
+INSTANTIATE_TEST_SUITE_P(Examples, GoldenTest, ::testing::ValuesIn(exampleNames()),
+                         [](const ::testing::TestParamInfo<std::string>& info) {
+                             std::string name = info.param;
+                             for (char& c : name)
+                                 c = isalnum(static_cast<unsigned char>(c)) ? c : '_';
+                             return name;
+                         });
+
+const std::string kPinnedProc = "proc tcp \"432000\\n\"\nproc udp \"180\\n\"\n";
+
+TEST(StartupTest, ThreadpoolThenRegistersThenOpenThenTheEventThread) {
+    const ServiceRun run = runService("--trace=jsonl", kPinnedProc);
+    ASSERT_EQ(0, run.status) << run.err;
+    std::vector<std::string> order;  // the raw order, before any sorting
+    for (const Json& r : parseTrace(run.out)) {
+        if (r["k"] == "threadpool" || r["k"] == "open") order.push_back(r["k"]);
+        if (r["k"] == "register") order.push_back(r["interface"]);
+        if (r["msg"] == "created HandleEvent thread\n") order.push_back(r["msg"]);
+    }
+    EXPECT_EQ((std::vector<std::string>{
+                      "threadpool", "android.hardware.tetheroffload.config@1.0::IOffloadConfig",
+                      "android.hardware.tetheroffload.control@1.1::IOffloadControl", "open",
+                      "created HandleEvent thread\n"}),
+              order);
+}
+
+TEST(ExitTest, EndsWithMainsStatusAfterTheLastLineWhateverTheInput) {
+    const ServiceRun text =
+            runService("", kPinnedProc + "initOffload 1.1\n");  // text trace by default
+    EXPECT_EQ(0, text.status) << text.err;
+    EXPECT_EQ(std::string::npos, text.out.find('\033')) << "coloured off a terminal";
+    EXPECT_NE(std::string::npos, text.out.find("--> 3: initOffload 1.1\n")) << text.out;
+    EXPECT_EQ("exit              status 0", lines(text.out).back().substr(12));
+
+    const ServiceRun dash = runService("--trace=jsonl -", kPinnedProc);
+    EXPECT_EQ(0, dash.status) << dash.err;
+    const std::vector<Json> records = parseTrace(dash.out);
+    ASSERT_GE(records.size(), 2u);
+    EXPECT_EQ("tether offload exiting", records[records.size() - 2]["msg"]);
+    EXPECT_EQ(R"({"k":"exit","status":0})", stableForm(records.back()).dump());
+}
+
+TEST(BadInputTest, RefusedWithFileAndLineBeforeAnythingRuns) {
+    const std::pair<std::string, std::string> scripts[] = {
+            {"initOffload 1.1\nlaunch now\n", "2: unknown command 'launch'"},
+            {"\n\nsetDataLimit wanif0\n", "3: setDataLimit: expected 2 arguments, got 1"},
+            {"wait 10ms\n", "1: wait: malformed number '10ms'"},
+            {"modem conn ip0=300.1.1.1\n", "1: modem conn: malformed address '300.1.1.1'"},
+            {"modem event 1 payload=0g\n", "1: modem event: malformed hex string '0g'"},
+            {"# x\nprop ro.build.type \"userdebug\n", "2: unterminated quote"},
+            {"initOffload 1.1\ndevice absent\n", "2: device absent: only before any other command"},
+    };
+    for (const auto& [script, where] : scripts) {
+        writeFile(scratch("bad.scenario"), script);
+        const ServiceRun fromFile = runService(scratch("bad.scenario"));
+        const ServiceRun fromStdin = runService("--trace=jsonl", script);
+        for (const ServiceRun& run : {fromFile, fromStdin}) {
+            EXPECT_EQ(2, run.status) << script;
+            EXPECT_EQ("", run.out) << script;
+        }
+        EXPECT_EQ(scratch("bad.scenario") + ":" + where + "\n", fromFile.err);
+        EXPECT_EQ("<stdin>:" + where + "\n", fromStdin.err);
+    }
+    unlink(scratch("bad.scenario").c_str());
+    const std::pair<std::string, std::string> commandLines[] = {
+            {"--trace=xml", "unknown option '--trace=xml'"},
+            {"a.scenario b.scenario", "more than one scenario"},
+            {"/nonexistent/x.scenario", "/nonexistent/x.scenario: cannot read the scenario"},
+    };
+    for (const auto& [args, firstLine] : commandLines) {
+        const ServiceRun run = runService(args);
+        EXPECT_EQ(2, run.status) << args;
+        EXPECT_EQ("", run.out) << args;
+        EXPECT_EQ(firstLine, lines(run.err).at(0));
+    }
+}
+
+}  // namespace
