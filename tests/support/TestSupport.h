@@ -1,0 +1,111 @@
+/*
+ * Copyright (C) 2026 The Tether Offload Project
+ *
+ * Licensed under the Apache License, Version 2.0 (the "License");
+ * you may not use this file except in compliance with the License.
+ * You may obtain a copy of the License at
+ *
+ *      http://www.apache.org/licenses/LICENSE-2.0
+ *
+ * Unless required by applicable law or agreed to in writing, software
+ * distributed under the License is distributed on an "AS IS" BASIS,
+ * WITHOUT WARRANTIES OR CONDITIONS OF ANY KIND, either express or implied.
+ * See the License for the specific language governing permissions and
+ * limitations under the License.
+ */
+
+// Shared test helpers: a fresh HAL object on a platform in its default state, result callbacks
+// captured as replies, and what the host recorder saw (device requests in words, agent command
+// lines, log lines).
+
+#pragma once
+
+#include <android/hardware/tetheroffload/control/1.0/ITetheringOffloadCallback.h>
+#include <cutils/native_handle.h>
+#include <gtest/gtest.h>
+#include <hidl/HidlSupport.h>
+#include <hostplatform/Framework.h>
+
+#include <functional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "hal/TetherOffloadHal.h"
+
+namespace testsupport {
+
+using Lines = std::vector<std::string>;
+using Reply = std::pair<bool, std::string>;
+using ResultCallback = std::function<void(bool, const android::hardware::hidl_string&)>;
+using LogLine = std::pair<int, std::string>;  // priority, text
+
+// Runs `op` with a result callback and returns what the callback was handed. The call must
+// succeed in transport and answer exactly once.
+template <typename Op>
+Reply replyOf(Op op) {
+    Reply reply(false, "<no reply>");
+    int calls = 0;
+    ResultCallback cb = [&](bool ok, const android::hardware::hidl_string& msg) {
+        reply = {ok, msg};
+        ++calls;
+    };
+    EXPECT_TRUE(op(cb).isOk());
+    EXPECT_EQ(1, calls) << "result callbacks";
+    return reply;
+}
+
+// Each device request in words, e.g. "activate app=0 up=wanif0 down=mdbr0" or "timeouts app=255".
+Lines deviceRequests();
+Lines agentCommands();
+Lines logLines();                   // texts of the service's own tag
+std::vector<LogLine> logEntries();  // the same with their priority
+
+// What the agent receives for one bridge activation and one deactivation.
+inline const Lines kBridgeUpCommands = {
+        "plexd bridge clear mac mdbr0 ",
+        "plexd bridge addif mdbr0 rndis0 ",
+        "plexd bridge addif mdbr0 wanif-lan ",
+        "plexd interface setcfg wanif-lan 0.0.0.0 0 up ",
+        "plexd interface setcfg rndis0 0.0.0.0 0 up ",
+};
+inline const Lines kBridgeDownCommands = {"plexd bridge clear mac mdbr0 ",
+                                          "plexd bridge delif mdbr0 wanif-lan "};
+
+// True when `expected` occurs in `lines` in this order, other lines in between allowed.
+bool containsInOrder(const Lines& lines, const Lines& expected);
+
+// A handle carrying `fds` descriptors open on /dev/null; kNoHandle makes one without a native
+// handle. The descriptors are closed with it.
+class TestHandle {
+public:
+    static constexpr int kNoHandle = -1;
+    explicit TestHandle(int fds = 1);
+    ~TestHandle();
+    TestHandle(const TestHandle&) = delete;
+    TestHandle& operator=(const TestHandle&) = delete;
+
+    android::hardware::hidl_handle get() const { return android::hardware::hidl_handle(mNative); }
+    bool descriptorsOpen() const;
+
+private:
+    native_handle_t* mNative = nullptr;
+};
+
+// A fresh HAL object; the agent is up, standard error open, the framework alive, the device
+// answering and the conntrack timeouts fixed. The recorder starts empty. Offload is stopped
+// afterwards, so that no relay outlives the test.
+class HalTest : public ::testing::Test {
+protected:
+    void SetUp() override;
+    void TearDown() override;
+
+    Reply init(hostplatform::Framework::Version version = hostplatform::Framework::Version::k1_1);
+    Reply init(const android::sp<
+               android::hardware::tetheroffload::control::V1_0::ITetheringOffloadCallback>& cb);
+    Reply stop();
+
+    android::sp<vendor::tetheroffload::TetherOffloadHal> mHal;
+};
+
+}  // namespace testsupport
