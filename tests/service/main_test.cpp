@@ -14,13 +14,10 @@
  * limitations under the License.
  */
 
-// The process entry, run to its end: everything is in place before the thread pool serves, and
+// The process entry run to its end: everything is in place before the thread pool serves, and
 // leaving the pool ends the service with status 0. The service's main is built into this test
 // as tetheroffloadServiceMain.
 
-#include <android/hardware/tetheroffload/config/1.0/IOffloadConfig.h>
-#include <android/log.h>
-#include <cutils/native_handle.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <hostplatform/ModemEmulator.h>
@@ -28,78 +25,52 @@
 #include <hostplatform/ServiceRegistry.h>
 #include <signal.h>
 
-#include <string>
-#include <vector>
+#include "tests/support/TestSupport.h"
 
 int tetheroffloadServiceMain();
 
-using android::sp;
-using android::hardware::hidl_handle;
-using android::hardware::hidl_string;
 using android::hardware::tetheroffload::config::V1_0::IOffloadConfig;
-using hostplatform::IoctlRecord;
-using hostplatform::LogRecord;
-using hostplatform::ModemEmulator;
-using hostplatform::OpenRecord;
 using hostplatform::Recorder;
-using hostplatform::RegisterRecord;
-using hostplatform::Threadpool;
-using hostplatform::ThreadpoolRecord;
-using testing::ElementsAre;
+using testsupport::Reply;
 
 namespace {
 
-// The order in which kinds of record first appear, as short names.
-std::vector<std::string> startOrder() {
-    std::vector<std::string> order;
-    auto note = [&](const std::string& kind) {
-        if (order.empty() || order.back() != kind) order.push_back(kind);
-    };
-    for (const auto& r : Recorder::instance().records()) {
-        if (std::holds_alternative<ThreadpoolRecord>(r.body)) note("threadpool");
-        if (std::holds_alternative<RegisterRecord>(r.body)) note("register");
-        if (std::holds_alternative<OpenRecord>(r.body)) note("open");
-    }
-    return order;
-}
-
-TEST(MainTest, StartsEverythingBeforeServingAndExitsWhenThePoolIsLeft) {
+TEST(MainTest, RegistersAndStartsTheEventThreadBeforeServingAndExitsWhenThePoolIsLeft) {
     Recorder::instance().clear();
-    bool served = false;
     bool sigpipeBlocked = false;
     bool readerWaiting = false;
-    std::string reply;
-    Threadpool::setServer([&] {
-        served = true;
+    Reply served(false, "<not served>");
+    hostplatform::Threadpool::setServer([&] {
         sigset_t mask;
         sigemptyset(&mask);
         pthread_sigmask(SIG_BLOCK, nullptr, &mask);
         sigpipeBlocked = sigismember(&mask, SIGPIPE) == 1;
-        readerWaiting = ModemEmulator::instance().waitReaderBlocked();
-        sp<IOffloadConfig> config = IOffloadConfig::getService();
+        readerWaiting = hostplatform::ModemEmulator::instance().waitReaderBlocked();
+        android::sp<IOffloadConfig> config = IOffloadConfig::getService();
+        testsupport::TestHandle one;
         if (config == nullptr) return;
-        native_handle_t* one = native_handle_create(1, 0);
-        one->data[0] = 0;
-        config->setHandles(hidl_handle(one), hidl_handle(one),
-                           [&](bool, const hidl_string& msg) { reply = msg; });
-        native_handle_delete(one);
+        served = testsupport::replyOf([&](testsupport::ResultCallback r) {
+            return config->setHandles(one.get(), one.get(), r);
+        });
     });
 
     EXPECT_EQ(0, tetheroffloadServiceMain());
-    Threadpool::setServer(nullptr);
+    hostplatform::Threadpool::setServer(nullptr);
 
-    EXPECT_TRUE(served);
     EXPECT_TRUE(sigpipeBlocked);
     EXPECT_TRUE(readerWaiting);
-    EXPECT_EQ("Successful", reply);
-    EXPECT_THAT(startOrder(), ElementsAre("threadpool", "register", "open"));
-
-    // The call served inside the pool comes before the last line of the process.
-    std::vector<LogRecord> logs = Recorder::instance().all<LogRecord>();
-    ASSERT_GE(logs.size(), 2u);
-    EXPECT_EQ("setHandles() \n", logs[logs.size() - 2].msg);
-    EXPECT_EQ("tether offload exiting", logs.back().msg);
-    EXPECT_EQ(ANDROID_LOG_INFO, logs.back().prio);
+    EXPECT_EQ(Reply(true, "Successful"), served);
+    // The order in which the kinds of start-up record first appear.
+    std::vector<std::string> order;
+    for (const auto& r : Recorder::instance().records()) {
+        const char* kind = std::holds_alternative<hostplatform::ThreadpoolRecord>(r.body) ? "pool"
+                           : std::holds_alternative<hostplatform::RegisterRecord>(r.body)
+                                   ? "register"
+                           : std::holds_alternative<hostplatform::OpenRecord>(r.body) ? "open"
+                                                                                      : nullptr;
+        if (kind != nullptr && (order.empty() || order.back() != kind)) order.push_back(kind);
+    }
+    EXPECT_THAT(order, testing::ElementsAre("pool", "register", "open"));
 }
 
 }  // namespace

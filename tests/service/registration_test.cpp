@@ -14,186 +14,145 @@
  * limitations under the License.
  */
 
-// Registration of the one HAL object, and the device files that must name exactly what it
-// registers: the init script starts the process for every interface a client may ask for, and
-// the manifest declares what registration needs.
+// Registration of the one HAL object, and the device files that must agree with it: the init
+// script starts the process for every interface a client may ask for, the manifest declares
+// what registration registers, and the policy labels the installed binary.
 
-#include <cutils/native_handle.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <hostplatform/Framework.h>
 #include <hostplatform/Recorder.h>
 #include <hostplatform/ServiceRegistry.h>
 
-#include <map>
+#include <fstream>
 #include <regex>
 #include <set>
-#include <sstream>
-#include <string>
-#include <vector>
 
-#include "hal/TetherOffloadHal.h"
-#include "tests/service/DeviceFiles.h"
+#include "tests/support/TestSupport.h"
 
 using android::sp;
-using android::hardware::hidl_handle;
-using android::hardware::hidl_string;
 using android::hardware::tetheroffload::config::V1_0::IOffloadConfig;
 using android::hidl::base::V1_0::IBase;
-using hostplatform::Framework;
 using hostplatform::Recorder;
-using hostplatform::RegisterRecord;
 using hostplatform::ServiceRegistry;
-using hostplatform::ThreadpoolRecord;
-using service_test::Instance;
-using testing::Contains;
-using testing::ElementsAre;
+using testsupport::Reply;
+using testsupport::ResultCallback;
 using vendor::tetheroffload::TetherOffloadHal;
 
 namespace V1_1 = android::hardware::tetheroffload::control::V1_1;
 
 namespace {
 
+using Instance = std::pair<std::string, std::string>;  // interface, instance name
+
 constexpr char kConfig[] = "android.hardware.tetheroffload.config@1.0::IOffloadConfig";
 constexpr char kControl10[] = "android.hardware.tetheroffload.control@1.0::IOffloadControl";
 constexpr char kControl11[] = "android.hardware.tetheroffload.control@1.1::IOffloadControl";
-constexpr char kIBase[] = "android.hidl.base@1.0::IBase";
+
+std::string readSource(const std::string& path) {
+    std::ifstream in(std::string(SOURCE_DIR) + "/" + path);
+    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+}
+
+// The capture groups of each match of `re` in `text`.
+std::vector<std::vector<std::string>> matches(const std::string& text, const std::string& re) {
+    std::vector<std::vector<std::string>> out;
+    const std::regex pattern(re);
+    for (std::sregex_iterator it(text.begin(), text.end(), pattern), end; it != end; ++it) {
+        out.emplace_back(it->begin() + 1, it->end());
+    }
+    return out;
+}
+
+std::string firstMatch(const std::string& text, const std::string& re) {
+    std::smatch m;
+    return std::regex_search(text, m, std::regex(re)) ? m[1].str() : "<none>";
+}
+
+// A file that Android.bp installs with the binary under `key`.
+std::string installedFile(const std::string& key) {
+    return readSource(firstMatch(readSource("Android.bp"), key + R"(:\s*\[\s*"([^"]+)\")"));
+}
 
 class RegistrationTest : public testing::Test {
 protected:
     static void SetUpTestSuite() {
         Recorder::instance().clear();
         sHal = TetherOffloadHal::makeTetherOffloadHal();
-        sStartRecords = Recorder::instance().records();
-        sModule = service_test::parseBinaryModule(service_test::readSourceFile("Android.bp"));
-    }
-
-    template <typename T>
-    static std::vector<T> startRecords() {
-        std::vector<T> out;
-        for (const auto& r : sStartRecords) {
-            if (const T* body = std::get_if<T>(&r.body)) out.push_back(*body);
+        for (const auto& r : Recorder::instance().all<hostplatform::RegisterRecord>()) {
+            sRegistered.insert({r.interface, r.name});
         }
-        return out;
-    }
-
-    static std::set<Instance> registered() {
-        std::set<Instance> out;
-        for (const RegisterRecord& r : startRecords<RegisterRecord>()) {
-            out.insert({r.interface, r.name});
-        }
-        return out;
     }
 
     static sp<TetherOffloadHal> sHal;
-    static std::vector<hostplatform::Record> sStartRecords;
-    static service_test::BinaryModule sModule;
+    static std::set<Instance> sRegistered;
 };
 
 sp<TetherOffloadHal> RegistrationTest::sHal;
-std::vector<hostplatform::Record> RegistrationTest::sStartRecords;
-service_test::BinaryModule RegistrationTest::sModule;
+std::set<Instance> RegistrationTest::sRegistered;
 
-TEST_F(RegistrationTest, OneThreadIsConfiguredThenConfigAndControlAreRegistered) {
-    ASSERT_NE(nullptr, sHal);
-    ASSERT_EQ(3u, sStartRecords.size());
-    const auto* pool = std::get_if<ThreadpoolRecord>(&sStartRecords[0].body);
-    ASSERT_NE(nullptr, pool);
-    EXPECT_EQ(1u, pool->max);
-    EXPECT_FALSE(pool->callerWillJoin);
-    std::vector<Instance> order;
-    for (const RegisterRecord& r : startRecords<RegisterRecord>()) {
-        order.push_back({r.interface, r.name});
-    }
-    EXPECT_THAT(order, ElementsAre(Instance{kConfig, "default"}, Instance{kControl11, "default"}));
-}
-
-TEST_F(RegistrationTest, InitScriptListsEveryRegisteredInterfaceButIBase) {
+TEST_F(RegistrationTest, InitScriptAndManifestNameExactlyWhatIsRegistered) {
     // The registry also holds the host's peers: keep what resolves to the HAL object.
-    const sp<IBase> views[] = {sp<IOffloadConfig>(sHal), sp<V1_1::IOffloadControl>(sHal)};
     std::set<Instance> served;
     for (const auto& entry : ServiceRegistry::instance().entries()) {
         sp<IBase> service = ServiceRegistry::instance().get(entry.first, entry.second);
-        bool isHal = service == views[0] || service == views[1];
-        if (isHal && entry.first != kIBase) served.insert(entry);
+        bool isHal =
+                service == sp<IOffloadConfig>(sHal) || service == sp<V1_1::IOffloadControl>(sHal);
+        if (isHal && entry.first != "android.hidl.base@1.0::IBase") served.insert(entry);
     }
     ASSERT_EQ((std::set<Instance>{
                       {kConfig, "default"}, {kControl10, "default"}, {kControl11, "default"}}),
               served);
 
-    service_test::InitService rc =
-            service_test::parseInitService(service_test::readSourceFile(sModule.initRc));
-    EXPECT_EQ(served, rc.interfaces);
+    std::set<Instance> started;
+    for (const auto& m : matches(installedFile("init_rc"), R"(\n\s+interface\s+(\S+)\s+(\S+))")) {
+        started.insert({m[0], m[1]});
+    }
+    EXPECT_EQ(served, started);
+
+    std::set<Instance> declared;
+    std::string package, version, iface;
+    bool inInterface = false;
+    for (const auto& t : matches(installedFile("vintf_fragments"),
+                                 R"(<(hal|interface|name|version|instance)\b[^>]*>\s*([^<\s]*))")) {
+        if (t[0] == "hal" || t[0] == "interface") inInterface = t[0] == "interface";
+        if (t[0] == "name") (inInterface ? iface : package) = t[1];
+        if (t[0] == "version") version = t[1];
+        if (t[0] == "instance") declared.insert({package + "@" + version + "::" + iface, t[1]});
+    }
+    EXPECT_EQ(sRegistered, declared);
 }
 
-TEST_F(RegistrationTest, ManifestDeclaresWhatRegistrationRegisters) {
-    std::set<Instance> declared =
-            service_test::parseManifest(service_test::readSourceFile(sModule.vintfFragment));
-    EXPECT_EQ(registered(), declared);
-}
-
-TEST_F(RegistrationTest, InitScriptStartsTheInstalledBinaryOnDemandWithoutPrivileges) {
-    service_test::InitService rc =
-            service_test::parseInitService(service_test::readSourceFile(sModule.initRc));
-    ASSERT_FALSE(sModule.name.empty());
-    EXPECT_THAT(rc.header, ElementsAre("service", "vendor.tetheroffload-1-1",
-                                       "/vendor/bin/hw/" + sModule.name));
-    for (const char* option : {"oneshot", "disabled", "class hal", "user system"}) {
-        EXPECT_THAT(rc.options, Contains(option));
+TEST_F(RegistrationTest, InitScriptStartsTheInstalledBinaryWhichThePolicyLabels) {
+    const std::string name =
+            firstMatch(readSource("Android.bp"), R"(cc_binary\s*\{\s*name:\s*"([^"]+)\")");
+    const std::string path = "/vendor/bin/hw/" + name;
+    EXPECT_EQ(path, firstMatch(installedFile("init_rc"), R"(\nservice\s+\S+\s+(\S+))"));
+    std::string label = "<none>";
+    for (const auto& m : matches(readSource("sepolicy/file_contexts"), R"(\n(/\S+)\s+(\S+))")) {
+        if (std::regex_match(path, std::regex(m[0]))) label = m[1];
     }
-    for (const std::string& option : rc.options) {
-        EXPECT_NE(0u, option.rfind("capabilities", 0)) << option;
-        EXPECT_NE("critical", option);
-    }
-}
-
-TEST_F(RegistrationTest, PolicyLabelsTheInstalledBinaryAndTheDevice) {
-    std::map<std::string, std::string> labelByPath;
-    std::istringstream in(service_test::readSourceFile("sepolicy/file_contexts"));
-    std::string pattern;
-    std::string label;
-    while (in >> pattern) {
-        if (pattern[0] == '#') {
-            std::getline(in, label);
-            continue;
-        }
-        in >> label;
-        labelByPath[pattern] = label;
-    }
-    auto labelOf = [&](const std::string& path) {
-        for (const auto& [re, context] : labelByPath) {
-            if (std::regex_match(path, std::regex(re))) return context;
-        }
-        return std::string();
-    };
-    EXPECT_EQ("u:object_r:hal_tetheroffload_default_exec:s0",
-              labelOf("/vendor/bin/hw/" + sModule.name));
-    EXPECT_EQ("u:object_r:vexa_device:s0", labelOf("/dev/vexa"));
+    EXPECT_EQ("u:object_r:hal_tetheroffload_default_exec:s0", label);
 }
 
 TEST_F(RegistrationTest, BothInterfacesReachTheOneObject) {
     sp<IOffloadConfig> config = IOffloadConfig::getService("default");
     sp<V1_1::IOffloadControl> control = V1_1::IOffloadControl::getService("default");
-    ASSERT_NE(nullptr, config);
-    ASSERT_NE(nullptr, control);
-    EXPECT_EQ(static_cast<IOffloadConfig*>(sHal.get()), config.get());
-    EXPECT_EQ(static_cast<V1_1::IOffloadControl*>(sHal.get()), control.get());
+    ASSERT_EQ(static_cast<IOffloadConfig*>(sHal.get()), config.get());
+    ASSERT_EQ(static_cast<V1_1::IOffloadControl*>(sHal.get()), control.get());
 
-    std::vector<std::string> replies;
-    auto record = [&](bool ok, const hidl_string& msg) {
-        replies.push_back((ok ? "true " : "false ") + std::string(msg));
+    // A session opened through one view is the object's own session.
+    auto cb = hostplatform::Framework::makeCallback(hostplatform::Framework::Version::k1_1);
+    auto init = [&](const auto& view) {
+        return testsupport::replyOf([&](ResultCallback r) { return view->initOffload(cb, r); });
     };
-    native_handle_t* one = native_handle_create(1, 0);
-    one->data[0] = 0;
-    EXPECT_TRUE(config->setHandles(hidl_handle(one), hidl_handle(one), record).isOk());
-    native_handle_delete(one);
-    auto cb = Framework::makeCallback(Framework::Version::k1_1);
-    EXPECT_TRUE(control->initOffload(cb, record).isOk());
-    // The object held by the process sees the session opened through the registry.
-    EXPECT_TRUE(sHal->initOffload(cb, record).isOk());
-    EXPECT_TRUE(control->stopOffload(record).isOk());
-    EXPECT_THAT(replies, ElementsAre("true Successful", "true Successful",
-                                     "false already  initialized", "true Successful"));
+    EXPECT_EQ(Reply(true, "Successful"), init(control));
+    EXPECT_EQ(Reply(false, "already  initialized"), init(sHal));
+    testsupport::TestHandle one;
+    EXPECT_EQ(Reply(true, "Successful"), testsupport::replyOf([&](ResultCallback r) {
+                  return config->setHandles(one.get(), one.get(), r);
+              }));
+    EXPECT_EQ(Reply(true, "Successful"),
+              testsupport::replyOf([&](ResultCallback r) { return control->stopOffload(r); }));
 }
 
 }  // namespace
