@@ -14,139 +14,34 @@
  * limitations under the License.
  */
 
-// The bridge sequences as the network agent sees them: the exact command lines, their order and
-// timing, their echo to standard error, and what happens when the agent or standard error fails.
+// The bridge sequences as the network agent sees them: the command lines, their echo on standard
+// error, the pause between the two setcfg commands, failing steps, and the command length bound.
 
-#include <fcntl.h>
+#include <android/log.h>
 #include <gtest/gtest.h>
 #include <hostplatform/FakeAgent.h>
 #include <hostplatform/Recorder.h>
 #include <hostplatform/StandardError.h>
-#include <stdio.h>
-#include <unistd.h>
 
 #include <chrono>
-#include <cstdint>
-#include <functional>
-#include <string>
-#include <utility>
-#include <variant>
-#include <vector>
 
 #include "bridge/VexaBridge.h"
+#include "tests/support/TestSupport.h"
 
 namespace {
 
-using hostplatform::AgentRecord;
 using hostplatform::FakeAgent;
-using hostplatform::LogRecord;
 using hostplatform::Recorder;
 using hostplatform::StandardError;
+using testsupport::Lines;
+using testsupport::LogLine;
 
-constexpr int kInfo = 4;
-constexpr int kError = 6;
-constexpr char kNoAgent[] = "get vendor.korvan.hardware.plexd@1.0::IPlexd service failed\n";
 constexpr int64_t kPauseMicros = 500000;
-// What an activation may cost beyond its pause: five lookups and calls in process.
-constexpr int64_t kSlackMicros = 300000;
+constexpr int64_t kSlackMicros = 300000;  // what an activation may cost beyond its pause
 
-const std::vector<std::string> kActivation = {
-        "plexd bridge clear mac mdbr0 ",
-        "plexd bridge addif mdbr0 rndis0 ",
-        "plexd bridge addif mdbr0 wanif-lan ",
-        "plexd interface setcfg wanif-lan 0.0.0.0 0 up ",
-        "plexd interface setcfg rndis0 0.0.0.0 0 up ",
-};
-
-const std::vector<std::string> kDeactivation = {
-        "plexd bridge clear mac mdbr0 ",
-        "plexd bridge delif mdbr0 wanif-lan ",
-};
-
-using Line = std::pair<int, std::string>;  // priority, message
-
-std::vector<Line> logLines() {
-    std::vector<Line> out;
-    for (const LogRecord& r : Recorder::instance().all<LogRecord>()) {
-        if (r.tag == "TetherOffload") out.emplace_back(r.prio, r.msg);
-    }
-    return out;
-}
-
-std::vector<AgentRecord> agentRecords() {
-    return Recorder::instance().all<AgentRecord>();
-}
-
-std::vector<std::string> agentCommands() {
-    std::vector<std::string> out;
-    for (const AgentRecord& r : agentRecords()) out.push_back(r.cmd);
-    return out;
-}
-
-std::vector<int64_t> agentTimes() {
-    std::vector<int64_t> out;
-    for (const hostplatform::Record& r : Recorder::instance().records()) {
-        if (std::holds_alternative<AgentRecord>(r.body)) out.push_back(r.tMicros);
-    }
-    return out;
-}
-
-int64_t microsSince(std::chrono::steady_clock::time_point start) {
-    return std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::steady_clock::now() -
-                                                                 start)
-            .count();
-}
-
-// Sends what the process writes to standard error into a file for the length of a test.
-class StderrCapture {
-public:
-    StderrCapture() {
-        fflush(stderr);
-        mSaved = dup(STDERR_FILENO);
-        mFile = tmpfile();
-        dup2(fileno(mFile), STDERR_FILENO);
-    }
-
-    ~StderrCapture() { restore(); }
-
-    std::string text() {
-        fflush(stderr);
-        std::string out;
-        char buf[512];
-        ssize_t n;
-        lseek(fileno(mFile), 0, SEEK_SET);
-        while ((n = read(fileno(mFile), buf, sizeof(buf))) > 0) out.append(buf, n);
-        return out;
-    }
-
-    void restore() {
-        if (mSaved < 0) return;
-        fflush(stderr);
-        dup2(mSaved, STDERR_FILENO);
-        close(mSaved);
-        fclose(mFile);
-        mSaved = -1;
-    }
-
-private:
-    int mSaved = -1;
-    FILE* mFile = nullptr;
-};
-
-std::string echoOf(const std::vector<std::string>& commands) {
-    std::string out;
-    for (const std::string& c : commands) out += c + "\n";
-    return out;
-}
-
-class BridgeTest : public ::testing::Test {
+class BridgeTest : public testing::Test {
 protected:
-    void SetUp() override {
-        FakeAgent::setMode(FakeAgent::Mode::kUp);
-        StandardError::setClosed(false);
-        Recorder::instance().clear();
-    }
-
+    void SetUp() override { TearDown(); }
     void TearDown() override {
         FakeAgent::setMode(FakeAgent::Mode::kUp);
         StandardError::setClosed(false);
@@ -154,196 +49,92 @@ protected:
     }
 };
 
-TEST_F(BridgeTest, ActivationSendsFiveCommandsWithPauseBeforeLastSetcfg) {
-    StderrCapture echo;
-    auto start = std::chrono::steady_clock::now();
+TEST_F(BridgeTest, ActivationPausesOnlyBetweenTheTwoSetcfgCommandsAndEchoesEachLine) {
+    testing::internal::CaptureStderr();
+    const auto start = std::chrono::steady_clock::now();
 
-    EXPECT_EQ(activeVexaonBridge(), 0);
+    EXPECT_EQ(0, activeVexaonBridge());
 
-    int64_t elapsed = microsSince(start);
-    std::string echoed = echo.text();
-    echo.restore();
-
-    EXPECT_EQ(agentCommands(), kActivation);
-    for (const AgentRecord& r : agentRecords()) EXPECT_TRUE(r.ok) << r.cmd;
-    EXPECT_EQ(echoed, echoOf(kActivation));
-    EXPECT_EQ(logLines(), (std::vector<Line>{
-                                  {kInfo, "bridge clearMac\n"},
-                                  {kInfo, "bridge addSlave rndis0\n"},
-                                  {kInfo, "bridge addSlave wanif-lan\n"},
-                                  {kInfo, "bridge setInterface \n"},
-                                  {kInfo, "bridge setInterface \n"},
-                          }));
-
-    // The one pause sits between the two setcfg commands, and nowhere else.
-    std::vector<int64_t> t = agentTimes();
-    ASSERT_EQ(t.size(), 5u);
+    const int64_t elapsed = std::chrono::duration_cast<std::chrono::microseconds>(
+                                    std::chrono::steady_clock::now() - start)
+                                    .count();
+    std::string expectedEcho;
+    for (const std::string& cmd : testsupport::kBridgeUpCommands) expectedEcho += cmd + "\n";
+    EXPECT_EQ(expectedEcho, testing::internal::GetCapturedStderr());
+    EXPECT_EQ(testsupport::kBridgeUpCommands, testsupport::agentCommands());
+    std::vector<int64_t> t;
+    for (const hostplatform::Record& r : Recorder::instance().records()) {
+        if (std::holds_alternative<hostplatform::AgentRecord>(r.body)) t.push_back(r.tMicros);
+    }
+    ASSERT_EQ(5u, t.size());
     EXPECT_GE(t[4] - t[3], kPauseMicros);
     EXPECT_LT(t[3] - t[0], kSlackMicros);
     EXPECT_GE(elapsed, kPauseMicros);
     EXPECT_LT(elapsed, kPauseMicros + kSlackMicros);
 }
 
-TEST_F(BridgeTest, DeactivationTakesOnlyTheModemSideOut) {
-    StderrCapture echo;
-    auto start = std::chrono::steady_clock::now();
+// Each step logs its own failure at ERROR and the sequence goes on.
+TEST_F(BridgeTest, FailingStepsAreLoggedInPairsAndTheSequenceGoesOn) {
+    struct Case {
+        FakeAgent::Mode mode;
+        bool stderrClosed;
+        std::string cause;
+        bool reachesAgent;
+    };
+    const Case cases[] = {
+            {FakeAgent::Mode::kAbsent, false,
+             "get vendor.korvan.hardware.plexd@1.0::IPlexd service failed\n", false},
+            {FakeAgent::Mode::kFailing, false,
+             "PlexdCmd runCmd failed: Status(EX_TRANSACTION_FAILED): 'DEAD_OBJECT'\n", true},
+            {FakeAgent::Mode::kUp, true, "PlexdCmd fprintf stderr failed\n", false},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.cause);
+        FakeAgent::setMode(c.mode);
+        StandardError::setClosed(c.stderrClosed);
+        Recorder::instance().clear();
 
-    EXPECT_EQ(deactiveVexaonBridge(), 0);
+        EXPECT_EQ(0, activeVexaonBridge());
+        EXPECT_EQ(0, deactiveVexaonBridge());
 
-    int64_t elapsed = microsSince(start);
-    std::string echoed = echo.text();
-    echo.restore();
-
-    EXPECT_EQ(agentCommands(), kDeactivation);
-    EXPECT_EQ(echoed, echoOf(kDeactivation));
-    EXPECT_EQ(logLines(), (std::vector<Line>{
-                                  {kInfo, "bridge clearMac\n"},
-                                  {kInfo, "bridge delSlave wanif-lan\n"},
-                          }));
-    EXPECT_LT(elapsed, kPauseMicros);
+        StandardError::setClosed(false);
+        std::vector<LogLine> expected;
+        for (const char* step : {"clearMac", "addSlave", "addSlave", "setInterface", "setInterface",
+                                 "clearMac", "delSlave"}) {
+            expected.emplace_back(ANDROID_LOG_ERROR, c.cause);
+            expected.emplace_back(ANDROID_LOG_ERROR, std::string("bridge ") + step + " fail\n");
+        }
+        EXPECT_EQ(expected, testsupport::logEntries());
+        const auto sent = Recorder::instance().all<hostplatform::AgentRecord>();
+        EXPECT_EQ(c.reachesAgent ? 7u : 0u, sent.size());
+        for (const auto& r : sent) EXPECT_FALSE(r.ok) << r.cmd;
+    }
 }
 
-TEST_F(BridgeTest, AbsentAgentFailsEveryStepButActivationGoesOn) {
-    FakeAgent::setMode(FakeAgent::Mode::kAbsent);
-    auto start = std::chrono::steady_clock::now();
+// "plexd bridge addif mdbr0 " takes 25 of the 127 characters a command may hold; a command cut
+// short must never reach the agent.
+TEST_F(BridgeTest, CommandsAreBoundTo127CharactersAndNeedAnInterface) {
+    std::string fits(102, 'x');
+    std::string tooLong(103, 'x');
+    testing::internal::CaptureStderr();
 
-    EXPECT_EQ(activeVexaonBridge(), 0);
+    EXPECT_EQ(0, addSlave(fits.data()));
+    EXPECT_EQ(-1, addSlave(tooLong.data()));
+    EXPECT_EQ(-1, delSlave(tooLong.data()));
+    EXPECT_EQ(-1, addSlave(nullptr));
+    EXPECT_EQ(-1, delSlave(nullptr));
 
-    EXPECT_GE(microsSince(start), kPauseMicros);
-    EXPECT_TRUE(agentCommands().empty());
-    EXPECT_EQ(logLines(), (std::vector<Line>{
-                                  {kError, kNoAgent},
-                                  {kError, "bridge clearMac fail\n"},
-                                  {kError, kNoAgent},
-                                  {kError, "bridge addSlave fail\n"},
-                                  {kError, kNoAgent},
-                                  {kError, "bridge addSlave fail\n"},
-                                  {kError, kNoAgent},
-                                  {kError, "bridge setInterface fail\n"},
-                                  {kError, kNoAgent},
-                                  {kError, "bridge setInterface fail\n"},
-                          }));
-}
-
-TEST_F(BridgeTest, AbsentAgentFailsDeactivationWithoutPause) {
-    FakeAgent::setMode(FakeAgent::Mode::kAbsent);
-
-    EXPECT_EQ(deactiveVexaonBridge(), 0);
-
-    EXPECT_EQ(logLines(), (std::vector<Line>{
-                                  {kError, kNoAgent},
-                                  {kError, "bridge clearMac fail\n"},
-                                  {kError, kNoAgent},
-                                  {kError, "bridge delSlave fail\n"},
-                          }));
-}
-
-// One command function, called alone: what it sends and what it logs on success and failure.
-struct CommandCase {
-    const char* name;
-    std::function<int()> run;
-    std::string cmd;
-    std::string success;  // INFO line
-    std::string failure;  // ERROR line after the channel's own
-};
-
-void PrintTo(const CommandCase& c, std::ostream* os) {
-    *os << c.name;
-}
-
-char gRndis[] = "rndis0";
-char gLan[] = "wanif-lan";
-
-const std::vector<CommandCase> kCommands = {
-        {"AddSlave", [] { return addSlave(gRndis); }, "plexd bridge addif mdbr0 rndis0 ",
-         "bridge addSlave rndis0\n", "bridge addSlave fail\n"},
-        {"DelSlave", [] { return delSlave(gLan); }, "plexd bridge delif mdbr0 wanif-lan ",
-         "bridge delSlave wanif-lan\n", "bridge delSlave fail\n"},
-        {"ClearMac", [] { return clearMac(); }, "plexd bridge clear mac mdbr0 ",
-         "bridge clearMac\n", "bridge clearMac fail\n"},
-};
-
-class BridgeCommandTest : public BridgeTest, public ::testing::WithParamInterface<CommandCase> {};
-
-TEST_P(BridgeCommandTest, AgentUpSendsLineWithOneTrailingBlank) {
-    const CommandCase& c = GetParam();
-
-    EXPECT_EQ(c.run(), 0);
-
-    EXPECT_EQ(agentCommands(), std::vector<std::string>{c.cmd});
-    EXPECT_EQ(logLines(), std::vector<Line>{Line(kInfo, c.success)});
-}
-
-// A transport failure counts as a failed command and must not abort the process.
-TEST_P(BridgeCommandTest, FailingAgentIsLoggedAndFails) {
-    const CommandCase& c = GetParam();
-    FakeAgent::setMode(FakeAgent::Mode::kFailing);
-
-    EXPECT_EQ(c.run(), -1);
-
-    std::vector<AgentRecord> calls = agentRecords();
-    ASSERT_EQ(calls.size(), 1u);
-    EXPECT_EQ(calls[0].cmd, c.cmd);
-    EXPECT_FALSE(calls[0].ok);
-    std::vector<Line> logs = logLines();
-    ASSERT_EQ(logs.size(), 2u);
-    const std::string prefix = "PlexdCmd runCmd failed: ";
-    EXPECT_EQ(logs[0].first, kError);
-    EXPECT_EQ(logs[0].second.compare(0, prefix.size(), prefix), 0) << logs[0].second;
-    EXPECT_GT(logs[0].second.size(), prefix.size() + 1) << "no description";
-    EXPECT_EQ(logs[0].second.back(), '\n');
-    EXPECT_EQ(logs[1], Line(kError, c.failure));
-}
-
-TEST_P(BridgeCommandTest, UnwritableStandardErrorKeepsLineFromAgent) {
-    const CommandCase& c = GetParam();
-    StandardError::setClosed(true);
-
-    int result = c.run();
-    StandardError::setClosed(false);
-
-    EXPECT_EQ(result, -1);
-    EXPECT_TRUE(agentCommands().empty());
-    EXPECT_EQ(logLines(), (std::vector<Line>{{kError, "PlexdCmd fprintf stderr failed\n"},
-                                             {kError, c.failure}}));
-}
-
-INSTANTIATE_TEST_SUITE_P(Commands, BridgeCommandTest, ::testing::ValuesIn(kCommands),
-                         [](const ::testing::TestParamInfo<CommandCase>& info) {
-                             return std::string(info.param.name);
-                         });
-
-// "plexd bridge addif mdbr0 " takes 25 of the 127 characters a command may hold.
-TEST_F(BridgeTest, CommandOfExactly127CharactersIsSent) {
-    std::string name(102, 'x');
-
-    EXPECT_EQ(addSlave(name.data()), 0);
-
-    EXPECT_EQ(agentCommands(), std::vector<std::string>{"plexd bridge addif mdbr0 " + name + " "});
-}
-
-TEST_F(BridgeTest, CommandTooLongForBufferIsRefused) {
-    std::string name(103, 'x');
-    StderrCapture echo;
-
-    EXPECT_EQ(addSlave(name.data()), -1);
-    EXPECT_EQ(delSlave(name.data()), -1);
-
-    std::string echoed = echo.text();
-    echo.restore();
-    EXPECT_EQ(echoed, "");
-    EXPECT_TRUE(agentCommands().empty());
-    EXPECT_EQ(logLines(), (std::vector<Line>{{kError, "addSlave sprintf cmd fail \n"},
-                                             {kError, "delSlave sprintf cmd fail\n"}}));
-}
-
-TEST_F(BridgeTest, NullInterfaceIsRefused) {
-    EXPECT_EQ(addSlave(nullptr), -1);
-    EXPECT_EQ(delSlave(nullptr), -1);
-
-    EXPECT_TRUE(agentCommands().empty());
-    EXPECT_EQ(logLines(), (std::vector<Line>{{kError, "addSlave sprintf cmd fail \n"},
-                                             {kError, "delSlave sprintf cmd fail\n"}}));
+    const std::string sent = "plexd bridge addif mdbr0 " + fits + " ";
+    EXPECT_EQ(sent + "\n", testing::internal::GetCapturedStderr());
+    EXPECT_EQ(Lines{sent}, testsupport::agentCommands());
+    const LogLine addFail(ANDROID_LOG_ERROR, "addSlave sprintf cmd fail \n");
+    const LogLine delFail(ANDROID_LOG_ERROR, "delSlave sprintf cmd fail\n");
+    EXPECT_EQ((std::vector<LogLine>{{ANDROID_LOG_INFO, "bridge addSlave " + fits + "\n"},
+                                    addFail,
+                                    delFail,
+                                    addFail,
+                                    delFail}),
+              testsupport::logEntries());
 }
 
 }  // namespace
