@@ -88,7 +88,7 @@ struct Reader {
     Reader(int fd, size_t count, milliseconds pause = milliseconds(0))
         : thread([=] {
               for (;;) {
-                  Bytes buf(VEXA_STATS_BUF_SIZE + 16, 0xee);
+                  Bytes buf(512, 0xee);  // room for more than any read asks
                   const ssize_t n = read(fd, buf.data(), count);
                   const int errnum = n < 0 ? errno : 0;
                   if (errnum == ESHUTDOWN) break;
@@ -379,29 +379,6 @@ TEST(PropertyGetTest, ValueOrDefaultCutToTheLimit) {
     Properties::clear();
 }
 
-// Standard error goes to a temporary file from construction until text().
-class StderrCapture {
-public:
-    StderrCapture() : mFile(tmpfile()), mSaved(dup(STDERR_FILENO)) {
-        fflush(stderr);
-        dup2(fileno(mFile), STDERR_FILENO);
-    }
-    std::string text() {
-        fflush(stderr);
-        dup2(mSaved, STDERR_FILENO);
-        close(mSaved);
-        std::string text(256, '\0');
-        rewind(mFile);
-        text.resize(fread(&text[0], 1, text.size(), mFile));
-        fclose(mFile);
-        return text;
-    }
-
-private:
-    FILE* mFile;
-    int mSaved;
-};
-
 std::string threadName() {
     char name[16] = "";
     pthread_getname_np(pthread_self(), name, sizeof(name));
@@ -410,13 +387,13 @@ std::string threadName() {
 
 TEST(LogCaptureTest, LinesAreRecordedAsFormattedWithTheThreadAndNotPrinted) {
     Recorder::instance().clear();
-    StderrCapture capture;
+    ::testing::internal::CaptureStderr();
     __android_log_print(ANDROID_LOG_INFO, "TetherOffload", "open %s done, fd=%d\n", "/dev/vexa", 7);
     std::thread([] {
         pthread_setname_np(pthread_self(), "HandleEvent");
         __android_log_print(ANDROID_LOG_DEBUG, "Other", "%d%%", 100);
     }).join();
-    EXPECT_EQ("", capture.text());
+    EXPECT_EQ("", ::testing::internal::GetCapturedStderr());
 
     const std::vector<LogRecord> logs = Recorder::instance().all<LogRecord>();
     ASSERT_EQ(2u, logs.size());
@@ -431,7 +408,7 @@ TEST(LogCaptureTest, LinesAreRecordedAsFormattedWithTheThreadAndNotPrinted) {
 }
 
 TEST(StandardErrorTest, ClosedMakesWritesFailAndOpenRestoresThem) {
-    StderrCapture capture;
+    ::testing::internal::CaptureStderr();
     EXPECT_EQ(7, fprintf(stderr, "before|"));
     StandardError::setClosed(true);
     StandardError::setClosed(true);  // twice: the original must still come back
@@ -441,7 +418,7 @@ TEST(StandardErrorTest, ClosedMakesWritesFailAndOpenRestoresThem) {
     EXPECT_FALSE(ferror(stderr)) << "the error flag is cleared when reopened";
     EXPECT_EQ(5, fprintf(stderr, "after"));
     StandardError::setClosed(false);  // already open: nothing changes
-    EXPECT_EQ("before|after", capture.text());
+    EXPECT_EQ("before|after", ::testing::internal::GetCapturedStderr());
 }
 
 // The scenario thread switches the peers while the service's threads call them: every call is
@@ -452,8 +429,11 @@ TEST(PeersTest, SwitchWhileInUse) {
     Recorder::instance().clear();
     std::atomic<bool> done{false};
     std::atomic<size_t> agentCalls{0}, callbackCalls{0};
-    std::thread switcher([&] {
-        for (int i = 0; i < 200; ++i) {
+    std::thread switcher([&] {  // until both threads made calls, or 5 s
+        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(5);
+        for (int i = 0; (agentCalls < 100 || callbackCalls < 100) &&
+                        std::chrono::steady_clock::now() < deadline;
+             ++i) {
             FakeAgent::setMode(i % 2 ? FakeAgent::Mode::kAbsent : FakeAgent::Mode::kFailing);
             Framework::setAlive(i % 2 == 0);
         }
@@ -484,6 +464,8 @@ TEST(PeersTest, SwitchWhileInUse) {
     EXPECT_EQ(agentCalls.load(), Recorder::instance().all<AgentRecord>().size());
     EXPECT_EQ(callbackCalls.load(), Recorder::instance().all<CallbackRecord>().size());
     EXPECT_NE(nullptr, IPlexd::getService("default", false));
+    EXPECT_GE(agentCalls.load(), 100u) << "the threads did not overlap";
+    EXPECT_GE(callbackCalls.load(), 100u) << "the threads did not overlap";
 }
 
 }  // namespace
