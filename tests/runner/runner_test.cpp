@@ -95,14 +95,12 @@ Record at(int64_t t, RecordBody body) {
 }
 
 TEST(TextTraceTest, WritesOneReadableLinePerRecord) {
-    CallbackRecord started{"onEvent", 1, {}, {}, 0, true};
     CallbackRecord timeout{"updateTimeout", 0, {"192.168.43.2", 80}, {"8.8.8.8", 53}, 6, false};
     ReplyRecord stats{"getForwardedStats", true, "", true, 1, 2};
     const Bytes enable = {0x54, 0x24, 2, 0, 0xff, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0};
     Bytes event(16, 0);
     event[0] = 0x54, event[1] = 0x24, event[2] = 7;
     const std::pair<RecordBody, std::string> cases[] = {
-            {ThreadpoolRecord{1, false}, "threadpool        max=1 callerWillJoin=false"},
             {RegisterRecord{"a@1.0::I", "default"}, "register          a@1.0::I as \"default\""},
             {LogRecord{6, "TetherOffload", "created\tthread\n", "HandleEvent"},
              "[HandleEvent]     E TetherOffload: created\\tthread\\n"},
@@ -116,7 +114,6 @@ TEST(TextTraceTest, WritesOneReadableLinePerRecord) {
             {ReadRecord{-1, {}, 4000}, "read              -1 errno 4000"},
             {AgentRecord{"plexd bridge addif mdbr0 rndis0", false},
              "agent             \"plexd bridge addif mdbr0 rndis0\" failed in transport"},
-            {started, "callback          onEvent(OFFLOAD_STARTED) ok"},
             {timeout,
              "callback          updateTimeout(src 192.168.43.2:80 dst 8.8.8.8:53 proto TCP) "
              "failed in transport"},
