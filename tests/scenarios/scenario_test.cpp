@@ -18,7 +18,6 @@
 // file (tests/scenarios/README.md; TETHEROFFLOAD_UPDATE_GOLDEN=1 rewrites them instead), the
 // start-up order, the refusal of bad input and the exit.
 
-#include <dirent.h>
 #include <gtest/gtest.h>
 #include <stdlib.h>
 #include <sys/wait.h>
@@ -26,6 +25,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <filesystem>
 #include <fstream>
 #include <nlohmann/json.hpp>
 #include <regex>
@@ -159,14 +159,9 @@ TEST_P(GoldenTest, TraceMatchesTheExpectation) {
 
 std::vector<std::string> exampleNames() {
     std::vector<std::string> names;
-    DIR* dir = opendir(TETHEROFFLOAD_EXAMPLES);
-    for (dirent* entry; dir != nullptr && (entry = readdir(dir)) != nullptr;) {
-        const std::string name = entry->d_name;
-        const size_t dot = name.rfind(".scenario");
-        if (dot != std::string::npos && dot + 9 == name.size())
-            names.push_back(name.substr(0, dot));
+    for (const auto& entry : std::filesystem::directory_iterator(TETHEROFFLOAD_EXAMPLES)) {
+        if (entry.path().extension() == ".scenario") names.push_back(entry.path().stem());
     }
-    if (dir != nullptr) closedir(dir);
     std::sort(names.begin(), names.end());
     return names;
 }
