@@ -79,8 +79,7 @@ const std::string kUpLine = "setUpstreamParameters() Invalid ";
 
 // The golden traces already pin the examples' paths: USB and hotspot started by a modem
 // upstream and ended one per call by a non-modem one (usb-and-wifi), a hotspot added behind a
-// modem upstream (wifi-hotspot, quotas), the bridge removed (usb-tethering), and quotas with
-// values beyond 32 bits (quotas).
+// modem upstream (wifi-hotspot, quotas), and quotas with values beyond 32 bits (quotas).
 // clang-format off
 const Row kRows[] = {
     // setUpstreamParameters
@@ -138,6 +137,9 @@ const Row kRows[] = {
      {true, kSuccessful}, {"activate app=1 up=wanif0 down=ap0123456789abc", "timeouts app=255"},
      kNone, {}, {"wanif0", "", "ap0123456789abcdefgh", false, true}},
     // removeDownstream
+    {"RemoveActiveBridgeForgetsIt", {kModemUp, kAddBridge}, {Op::kRemove, {"mdbr0", kUsbPrefix}},
+     {true, kSuccessful}, {"deactivate app=0"}, testsupport::kBridgeDownCommands,
+     {"removeDownstream() de-active usb vexa\n"}, {"wanif0", "", "", false, false}},
     {"RemoveInactiveBridgeKeepsName", {kAddBridge}, {Op::kRemove, {"mdbr0", kUsbPrefix}},
      {true, kSuccessful}, kNone, kNone, {"No de-active vexa\n"}, {"", "mdbr0", "", false, false}},
     {"RemoveAnyHotspotNameEndsWifi", {kModemUp, kAddHotspot}, {Op::kRemove, {"ap1", kWifiPrefix}},
