@@ -14,12 +14,14 @@
  * limitations under the License.
  */
 
-// What the tests read back from the host recorder: log lines as (priority, text) pairs.
+// What the data-path and relay tests read back from the host recorder: log lines as (priority,
+// text) pairs.
 
 #pragma once
 
 #include <android/log.h>
 #include <hostplatform/Recorder.h>
+#include <stdio.h>
 
 #include <string>
 #include <utility>
@@ -29,22 +31,6 @@ namespace datapath_test {
 
 using LogLine = std::pair<int, std::string>;
 
-inline std::vector<LogLine> logLines() {
-    std::vector<LogLine> lines;
-    for (const auto& log : hostplatform::Recorder::instance().all<hostplatform::LogRecord>()) {
-        lines.emplace_back(log.prio, log.msg);
-    }
-    return lines;
-}
-
-inline std::vector<LogLine> logLinesAt(int prio) {
-    std::vector<LogLine> lines;
-    for (const auto& line : logLines()) {
-        if (line.first == prio) lines.push_back(line);
-    }
-    return lines;
-}
-
 inline LogLine info(const std::string& msg) {
     return {ANDROID_LOG_INFO, msg};
 }
@@ -53,10 +39,20 @@ inline LogLine error(const std::string& msg) {
     return {ANDROID_LOG_ERROR, msg};
 }
 
-inline std::string pointerText(const void* p) {
-    char text[32];
-    snprintf(text, sizeof(text), "%p", p);
-    return text;
+// The lines recorded since the last clear; with a priority, only the lines at it.
+inline std::vector<LogLine> logLines(int prio = 0) {
+    std::vector<LogLine> lines;
+    for (const auto& log : hostplatform::Recorder::instance().all<hostplatform::LogRecord>()) {
+        if (prio == 0 || log.prio == prio) lines.emplace_back(log.prio, log.msg);
+    }
+    return lines;
+}
+
+// The line every lookup of the client logs.
+inline LogLine lookupLine(const void* client) {
+    char text[48];
+    snprintf(text, sizeof(text), " GetInstance p=%p\n", client);
+    return info(text);
 }
 
 }  // namespace datapath_test
