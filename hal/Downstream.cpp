@@ -21,6 +21,7 @@
 #include <string>
 
 #include "hal/IfaceNames.h"
+#include "hal/Replies.h"
 #include "hal/TetherOffloadHal.h"
 
 using android::hardware::hidl_string;
@@ -34,9 +35,6 @@ namespace {
 
 constexpr char kAddOp[] = "addDownstream";
 constexpr char kRemoveOp[] = "removeDownstream";
-constexpr char kSuccessful[] = "Successful\n";
-constexpr char kInvalid[] = "Invalid input values\n";
-constexpr char kNotInitialised[] = "Device has not been initialized\n";
 
 }  // namespace
 
@@ -44,13 +42,13 @@ Return<void> TetherOffloadHal::addDownstream(const hidl_string& iface, const hid
                                              addDownstream_cb hidl_cb) {
     ALOGI("addDownstream iface:%s prefix:%s\n", iface.c_str(), prefix.c_str());
 
-    Reply reply(false, kInvalid);
+    Reply reply(false, kReplyInvalid);
     if (mCallback == nullptr || mCbEvent == nullptr) {
         ALOGI("%s() device has not been initialized ()\n", kAddOp);
-        reply = Reply(false, kNotInitialised);
+        reply = Reply(false, kReplyNotInitialised);
     } else if (downstreamArgsValid(kAddOp, iface, prefix)) {
         startDownstream(iface);
-        reply = Reply(true, kSuccessful);
+        reply = Reply(true, kReplySuccessful);
     }
 
     ALOGI("addDownstream(down-if:%s; up-if:%s)\n", iface.c_str(), mUpstreamIface.c_str());
@@ -62,13 +60,13 @@ Return<void> TetherOffloadHal::removeDownstream(const hidl_string& iface, const 
                                                 removeDownstream_cb hidl_cb) {
     ALOGI("removeDownstream iface:%s prefix:%s\n", iface.c_str(), prefix.c_str());
 
-    Reply reply(false, kInvalid);
+    Reply reply(false, kReplyInvalid);
     if (mCallback == nullptr || mCbEvent == nullptr) {
         ALOGI("%s() device has not been initialized ()\n", kRemoveOp);
-        reply = Reply(false, kNotInitialised);
+        reply = Reply(false, kReplyNotInitialised);
     } else if (downstreamArgsValid(kRemoveOp, iface, prefix)) {
         stopDownstream(iface);
-        reply = Reply(true, kSuccessful);
+        reply = Reply(true, kReplySuccessful);
     }
 
     ALOGI("removeDownstream(donw-if: %s; up-if: %s)\n", iface.c_str(), mUpstreamIface.c_str());

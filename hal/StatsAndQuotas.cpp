@@ -23,6 +23,7 @@
 
 #include "datapath/OffloadEventHandle.h"
 #include "hal/IfaceNames.h"
+#include "hal/Replies.h"
 #include "hal/TetherOffloadHal.h"
 
 using android::hardware::hidl_string;
@@ -33,30 +34,22 @@ using android::hardware::Void;
 namespace vendor {
 namespace tetheroffload {
 
-namespace {
-
-constexpr char kSuccessful[] = "Successful\n";
-constexpr char kInvalid[] = "Invalid input values\n";
-constexpr char kNotInitialised[] = "Device has not been initialized\n";
-
-}  // namespace
-
 // The prefixes are only checked: the modem learns nothing from them.
 Return<void> TetherOffloadHal::setLocalPrefixes(const hidl_vec<hidl_string>& prefixes,
                                                 setLocalPrefixes_cb hidl_cb) {
     std::vector<std::string> list(prefixes.begin(), prefixes.end());
     ALOGI("setLocalPrefixes() \n");
 
-    Reply reply(true, kSuccessful);
+    Reply reply(true, kReplySuccessful);
     if (mCallback == nullptr) {
         ALOGI("%s device has not been initialized () \n", "setLocalPrefixes");
-        reply = Reply(false, kNotInitialised);
+        reply = Reply(false, kReplyNotInitialised);
     } else if (list.empty()) {
         ALOGI("%s prefixes.size() < 0\n", "setLocalPrefixes");
-        reply = Reply(false, kInvalid);
+        reply = Reply(false, kReplyInvalid);
     } else if (!checkPrefix(list, FAMILY_ANY)) {
         ALOGI("%s Invalid prefixes \n", "setLocalPrefixes");
-        reply = Reply(false, kInvalid);
+        reply = Reply(false, kReplyInvalid);
     }
 
     hidl_cb(reply.first, reply.second);
@@ -115,14 +108,14 @@ TetherOffloadHal::Reply TetherOffloadHal::checkQuotaRequest(const char* op,
     ALOGI("%s() upstream:%s\n", op, upstream.c_str());
     if (mCallback == nullptr || mCbEvent == nullptr) {
         ALOGI("%s() device has not been initialized ()\n", op);
-        return Reply(false, kNotInitialised);
+        return Reply(false, kReplyNotInitialised);
     }
     if (upstream.empty()) {
         ALOGI("%s() interface name is empty\n", op);
-        return Reply(false, kInvalid);
+        return Reply(false, kReplyInvalid);
     }
     fillIfaceName(name, upstream);
-    return Reply(true, kSuccessful);
+    return Reply(true, kReplySuccessful);
 }
 
 }  // namespace tetheroffload

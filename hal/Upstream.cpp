@@ -22,6 +22,7 @@
 #include <vector>
 
 #include "hal/IfaceNames.h"
+#include "hal/Replies.h"
 #include "hal/TetherOffloadHal.h"
 
 using android::hardware::hidl_string;
@@ -35,10 +36,6 @@ namespace tetheroffload {
 namespace {
 
 constexpr char kOp[] = "setUpstreamParameters";
-constexpr char kSuccessful[] = "Successful\n";
-constexpr char kInvalid[] = "Invalid input values\n";
-constexpr char kNotInitialised[] = "Device has not been initialized\n";
-constexpr char kDeactivated[] = "vexa de-active flow\n";
 
 }  // namespace
 
@@ -51,10 +48,10 @@ Return<void> TetherOffloadHal::setUpstreamParameters(const hidl_string& iface,
     ALOGI("setUpstreamParameters iface:%s  v4Addr:%s  v4Gw:%s\n", iface.c_str(), v4Addr.c_str(),
           v4Gw.c_str());
 
-    Reply reply(false, kInvalid);
+    Reply reply(false, kReplyInvalid);
     if (mCallback == nullptr || mCbEvent == nullptr) {
         ALOGI("%s() device has not been initialized ()\n", kOp);
-        reply = Reply(false, kNotInitialised);
+        reply = Reply(false, kReplyNotInitialised);
     } else if (upstreamArgsValid(iface, v4Addr, v4Gw, gateways)) {
         mUpstreamIface = iface;
         reply = isModemIface(iface) ? followModemUpstream(iface) : leaveModemUpstream(iface);
@@ -105,7 +102,7 @@ TetherOffloadHal::Reply TetherOffloadHal::followModemUpstream(const std::string&
         activateOffload(VEXA_APP_TYPE_WH, iface, mWifiDownstream);
         ALOGI("setUpstreamParameters active wh vexa (up %s)\n", mUpstreamIface.c_str());
     }
-    return Reply(true, kSuccessful);
+    return Reply(true, kReplySuccessful);
 }
 
 // Any other upstream ends one offload per call, USB first; the framework calls again for the
@@ -114,15 +111,15 @@ TetherOffloadHal::Reply TetherOffloadHal::leaveModemUpstream(const std::string& 
     if (mUsbOffloadActive && mUsbDownstream == "mdbr0") {
         deactivateOffload(VEXA_APP_TYPE_USB);
         ALOGI("setUpstreamParameters de-active usb vexa (up %s)\n", mUpstreamIface.c_str());
-        return Reply(false, kDeactivated);
+        return Reply(false, kReplyDeactivated);
     }
     if (mWifiOffloadActive && !mWifiDownstream.empty()) {
         deactivateOffload(VEXA_APP_TYPE_WH);
         ALOGI("setUpstreamParameters de-active wh vexa (up %s)\n", mUpstreamIface.c_str());
-        return Reply(false, kDeactivated);
+        return Reply(false, kReplyDeactivated);
     }
-    if (iface.empty()) return Reply(false, kInvalid);
-    return Reply(true, kSuccessful);
+    if (iface.empty()) return Reply(false, kReplyInvalid);
+    return Reply(true, kReplySuccessful);
 }
 
 }  // namespace tetheroffload

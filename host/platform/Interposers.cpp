@@ -32,8 +32,14 @@ using hostplatform::ModemDevice;
 
 namespace {
 
-bool takesMode(int flags) {
-    return (flags & O_CREAT) != 0 || (flags & O_TMPFILE) == O_TMPFILE;
+using RealOpenFn = int (*)(const char*, int, mode_t);
+
+// The mode argument is there only when the flags ask for a new file.
+int routeOpen(const char* path, int flags, va_list args, RealOpenFn realOpen) {
+    mode_t mode = 0;
+    if ((flags & O_CREAT) != 0 || (flags & O_TMPFILE) == O_TMPFILE) mode = va_arg(args, mode_t);
+    if (ModemDevice::isDevicePath(path)) return ModemDevice::instance().open(path);
+    return realOpen(path, flags, mode);
 }
 
 }  // namespace
@@ -44,27 +50,19 @@ ssize_t __read_chk(int fd, void* buf, size_t count, size_t bufLen);
 [[noreturn]] void __chk_fail();
 
 int open(const char* path, int flags, ...) {
-    mode_t mode = 0;
-    if (takesMode(flags)) {
-        va_list args;
-        va_start(args, flags);
-        mode = va_arg(args, mode_t);
-        va_end(args);
-    }
-    if (ModemDevice::isDevicePath(path)) return ModemDevice::instance().open(path);
-    return hostplatform::realOpen(path, flags, mode);
+    va_list args;
+    va_start(args, flags);
+    int fd = routeOpen(path, flags, args, hostplatform::realOpen);
+    va_end(args);
+    return fd;
 }
 
 int open64(const char* path, int flags, ...) {
-    mode_t mode = 0;
-    if (takesMode(flags)) {
-        va_list args;
-        va_start(args, flags);
-        mode = va_arg(args, mode_t);
-        va_end(args);
-    }
-    if (ModemDevice::isDevicePath(path)) return ModemDevice::instance().open(path);
-    return hostplatform::realOpen64(path, flags, mode);
+    va_list args;
+    va_start(args, flags);
+    int fd = routeOpen(path, flags, args, hostplatform::realOpen64);
+    va_end(args);
+    return fd;
 }
 
 int ioctl(int fd, unsigned long request, ...) noexcept {
