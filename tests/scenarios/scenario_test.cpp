@@ -93,7 +93,7 @@ std::vector<Json> parseTrace(const std::string& text) {
 
 // The record without what varies from run to run: the time, descriptors, pointers in log text.
 Json stableForm(Json record) {
-    static const std::regex fd("(fd\\s*=\\s*)-?[0-9]+"), pointer("0x[0-9a-fA-F]{8,}");
+    static const std::regex fd("(fd\\s*=\\s*)-?[0-9]+"), pointer("0x[0-9a-fA-F]{9,}");
     record.erase("t");
     record.erase("fd");
     if (record.value("k", "") == "log" && record["msg"].is_string()) {
