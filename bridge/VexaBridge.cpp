@@ -85,16 +85,27 @@ static int PlexdCmd(char* cmd) {
     return 0;
 }
 
-int addSlave(char* iface) {
-    char cmd[kCmdSize];
-    memset(cmd, 0, sizeof(cmd));
-    if (iface == nullptr ||
-        !formatted(snprintf(cmd, sizeof(cmd), "plexd bridge addif %s %s", gBridgeName, iface))) {
-        ALOGE("addSlave sprintf cmd fail \n");
+// One command of the bridge family: a line that failed to format or did not fit is refused, the
+// rest goes to the agent. Each failure is logged with the calling function's own line.
+static int sendBridgeCommand(char* cmd, int formatResult, const char* formatFailLine,
+                             const char* sendFailLine) {
+    if (!formatted(formatResult)) {
+        ALOGE("%s", formatFailLine);
         return -1;
     }
     if (PlexdCmd(cmd) < 0) {
-        ALOGE("bridge addSlave fail\n");
+        ALOGE("%s", sendFailLine);
+        return -1;
+    }
+    return 0;
+}
+
+int addSlave(char* iface) {
+    char cmd[kCmdSize] = {};
+    int n = iface == nullptr
+                    ? -1
+                    : snprintf(cmd, sizeof(cmd), "plexd bridge addif %s %s", gBridgeName, iface);
+    if (sendBridgeCommand(cmd, n, "addSlave sprintf cmd fail \n", "bridge addSlave fail\n") < 0) {
         return -1;
     }
     ALOGI("bridge addSlave %s\n", iface);
@@ -102,15 +113,11 @@ int addSlave(char* iface) {
 }
 
 int delSlave(char* iface) {
-    char cmd[kCmdSize];
-    memset(cmd, 0, sizeof(cmd));
-    if (iface == nullptr ||
-        !formatted(snprintf(cmd, sizeof(cmd), "plexd bridge delif %s %s", gBridgeName, iface))) {
-        ALOGE("delSlave sprintf cmd fail\n");
-        return -1;
-    }
-    if (PlexdCmd(cmd) < 0) {
-        ALOGE("bridge delSlave fail\n");
+    char cmd[kCmdSize] = {};
+    int n = iface == nullptr
+                    ? -1
+                    : snprintf(cmd, sizeof(cmd), "plexd bridge delif %s %s", gBridgeName, iface);
+    if (sendBridgeCommand(cmd, n, "delSlave sprintf cmd fail\n", "bridge delSlave fail\n") < 0) {
         return -1;
     }
     ALOGI("bridge delSlave %s\n", iface);
@@ -118,14 +125,9 @@ int delSlave(char* iface) {
 }
 
 int clearMac() {
-    char cmd[kCmdSize];
-    memset(cmd, 0, sizeof(cmd));
-    if (!formatted(snprintf(cmd, sizeof(cmd), "plexd bridge clear mac %s", gBridgeName))) {
-        ALOGE("clearMac sprintf cmd fail \n");
-        return -1;
-    }
-    if (PlexdCmd(cmd) < 0) {
-        ALOGE("bridge clearMac fail\n");
+    char cmd[kCmdSize] = {};
+    int n = snprintf(cmd, sizeof(cmd), "plexd bridge clear mac %s", gBridgeName);
+    if (sendBridgeCommand(cmd, n, "clearMac sprintf cmd fail \n", "bridge clearMac fail\n") < 0) {
         return -1;
     }
     ALOGI("bridge clearMac\n");
@@ -134,18 +136,12 @@ int clearMac() {
 
 // Gives the interface no address and brings it up. Failures are logged and the caller goes on.
 static void setInterface(const char* iface, const char* addr, const char* flag) {
-    char cmd[kCmdSize];
-    memset(cmd, 0, sizeof(cmd));
-    if (!formatted(snprintf(cmd, sizeof(cmd), "plexd interface setcfg %s %s 0 %s", iface, addr,
-                            flag))) {
-        ALOGE("setInterface sprintf cmd fail\n");
-        return;
+    char cmd[kCmdSize] = {};
+    int n = snprintf(cmd, sizeof(cmd), "plexd interface setcfg %s %s 0 %s", iface, addr, flag);
+    const char* formatFail = "setInterface sprintf cmd fail\n";
+    if (sendBridgeCommand(cmd, n, formatFail, "bridge setInterface fail\n") == 0) {
+        ALOGI("bridge setInterface \n");
     }
-    if (PlexdCmd(cmd) < 0) {
-        ALOGE("bridge setInterface fail\n");
-        return;
-    }
-    ALOGI("bridge setInterface \n");
 }
 
 int activeVexaonBridge() {
