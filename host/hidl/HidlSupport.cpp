@@ -14,12 +14,129 @@
  * limitations under the License.
  */
 
-#include <hidl/HidlSupport.h>
+#define LOG_TAG "HidlSupport"
 
+#include <hidl/HidlSupport.h>
+#include <log/log.h>
+
+#include <limits>
 #include <utility>
 
 namespace android {
 namespace hardware {
+namespace details {
+
+void checkHidlSize(size_t size, const char* what) {
+    if (size > std::numeric_limits<uint32_t>::max()) {
+        LOG_ALWAYS_FATAL("%s size %zu does not fit in 32 bits", what, size);
+    }
+}
+
+}  // namespace details
+
+namespace {
+
+// What every empty string points at, so that c_str() is never null.
+const char kEmptyString[1] = "";
+
+}  // namespace
+
+hidl_string::hidl_string() : mBuffer(kEmptyString), mSize(0), mOwnsBuffer(false) {}
+
+hidl_string::~hidl_string() {
+    clear();
+}
+
+hidl_string::hidl_string(const hidl_string& other) : hidl_string() {
+    copyFrom(other.c_str(), other.size());
+}
+
+hidl_string::hidl_string(const char* s) : hidl_string() {
+    if (s != nullptr) copyFrom(s, strlen(s));
+}
+
+hidl_string::hidl_string(const char* s, size_t length) : hidl_string() {
+    if (s != nullptr) copyFrom(s, length);
+}
+
+hidl_string::hidl_string(const std::string& s) : hidl_string() {
+    copyFrom(s.data(), s.size());
+}
+
+hidl_string::hidl_string(hidl_string&& other) noexcept : hidl_string() {
+    moveFrom(std::move(other));
+}
+
+hidl_string& hidl_string::operator=(const hidl_string& other) {
+    if (this != &other) {
+        clear();
+        copyFrom(other.c_str(), other.size());
+    }
+    return *this;
+}
+
+hidl_string& hidl_string::operator=(const char* s) {
+    clear();
+    if (s != nullptr) copyFrom(s, strlen(s));
+    return *this;
+}
+
+hidl_string& hidl_string::operator=(const std::string& s) {
+    clear();
+    copyFrom(s.data(), s.size());
+    return *this;
+}
+
+hidl_string& hidl_string::operator=(hidl_string&& other) noexcept {
+    if (this != &other) {
+        clear();
+        moveFrom(std::move(other));
+    }
+    return *this;
+}
+
+void hidl_string::clear() {
+    if (mOwnsBuffer) delete[] static_cast<const char*>(mBuffer);
+    mBuffer = kEmptyString;
+    mSize = 0;
+    mOwnsBuffer = false;
+}
+
+void hidl_string::setToExternal(const char* data, size_t size) {
+    details::checkHidlSize(size, "hidl_string");
+    clear();
+    if (data == nullptr) return;
+    mBuffer = data;
+    mSize = static_cast<uint32_t>(size);
+}
+
+// Expects an empty string: the callers clear it first.
+void hidl_string::copyFrom(const char* data, size_t size) {
+    details::checkHidlSize(size, "hidl_string");
+    char* buffer = new char[size + 1];
+    memcpy(buffer, data, size);
+    buffer[size] = '\0';
+    mBuffer = buffer;
+    mSize = static_cast<uint32_t>(size);
+    mOwnsBuffer = true;
+}
+
+// Expects an empty string: the callers clear it first. An external text stays external.
+void hidl_string::moveFrom(hidl_string&& other) {
+    mBuffer = other.mBuffer;
+    mSize = other.mSize;
+    mOwnsBuffer = other.mOwnsBuffer;
+    other.mOwnsBuffer = false;
+    other.clear();
+}
+
+std::ostream& operator<<(std::ostream& os, const hidl_string& str) {
+    return os << str.c_str();
+}
+
+std::string toString(const hidl_string& str) {
+    return "\"" + std::string(str) + "\"";
+}
 
 hidl_handle& hidl_handle::operator=(const hidl_handle& other) {
     if (this == &other) return *this;
