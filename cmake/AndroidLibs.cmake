@@ -1,5 +1,6 @@
 # The real AOSP liblog, libutils and libcutils as Debian builds them for Linux, with the host
-# stand-in's headers (HIDL runtime, generated interfaces) in front of them at the platform's paths.
+# stand-in's headers (the HIDL runtime) in front of them at the platform's paths. The interface
+# headers that hidl-gen writes join them from host/interfaces/hal.
 set(ANDROID_LIB_DIR /usr/lib/x86_64-linux-gnu/android)
 set(ANDROID_INCLUDE_DIR /usr/include/android)
 
