@@ -14,8 +14,9 @@
  * limitations under the License.
  */
 
-// The HIDL runtime stand-in, the peers, and a modem that nobody opened. Single-threaded, so that
-// the death tests may fork; nothing here opens the device.
+// The HIDL runtime stand-in (its value types and the helpers generated headers use among them),
+// the peers, and a modem that nobody opened. Single-threaded, so that the death tests may fork;
+// nothing here opens the device.
 
 #include <android/hardware/tetheroffload/control/1.1/ITetheringOffloadCallback.h>
 #include <gtest/gtest.h>  // also brings <memory>, which the registrar's header needs
@@ -25,6 +26,9 @@
 
 #include <chrono>
 #include <functional>
+#include <string>
+#include <type_traits>
+#include <vector>
 
 #include "hal/TetherOffloadHal.h"
 #include "hostplatform/FakeAgent.h"
@@ -39,8 +43,13 @@ using ::android::DEAD_OBJECT;
 using ::android::FAILED_TRANSACTION;
 using ::android::OK;
 using ::android::sp;
+using ::android::hardware::hidl_bitfield;
+using ::android::hardware::hidl_enum_range;
+using ::android::hardware::hidl_string;
+using ::android::hardware::hidl_vec;
 using ::android::hardware::Return;
 using ::android::hardware::Status;
+using ::android::hardware::details::toHexString;
 using ::android::hidl::base::V1_0::IBase;
 using ::vendor::korvan::hardware::plexd::V1_0::IPlexd;
 using IOffloadConfig = ::android::hardware::tetheroffload::config::V1_0::IOffloadConfig;
@@ -96,6 +105,115 @@ TEST(ReturnTest, CheckedErrorsAndOkValuesPassQuietly) {
     Return<int> overwritten = 1;
     overwritten = Return<int>(2);
     EXPECT_EQ(2, static_cast<int>(overwritten));
+}
+
+// A generated types.h checks the offsets of every struct that holds one of these.
+static_assert(sizeof(hidl_vec<hidl_string>) == 16 && alignof(hidl_vec<hidl_string>) == 8,
+              "hidl_vec layout");
+
+TEST(HidlStringTest, CopiesOwnTheirTextAndExternalTextIsOnlyPointedAt) {
+    char text[] = "rndis0";
+    hidl_string copied(text);
+    hidl_string external;
+    external.setToExternal(text, 6);
+    text[0] = 'X';
+    EXPECT_EQ("rndis0", std::string(copied));
+    EXPECT_EQ(text, external.c_str());
+
+    hidl_string copyOfExternal(external);
+    text[1] = 'Y';
+    EXPECT_EQ("Xndis0", std::string(copyOfExternal));
+    copied = external;
+    EXPECT_NE(text, copied.c_str());
+}
+
+TEST(HidlStringTest, LengthsNullsMovesAndOrder) {
+    const char bytes[] = {'a', '\0', 'b'};
+    hidl_string withNul(bytes, sizeof(bytes));
+    EXPECT_EQ(3u, withNul.size());
+    EXPECT_EQ(std::string(bytes, sizeof(bytes)), std::string(withNul));
+
+    hidl_string fromNull(static_cast<const char*>(nullptr));
+    EXPECT_TRUE(fromNull.empty());
+    EXPECT_STREQ("", fromNull.c_str());
+
+    hidl_string source("wanif-lan");
+    const char* text = source.c_str();
+    hidl_string moved(std::move(source));
+    EXPECT_EQ(text, moved.c_str());
+    EXPECT_STREQ("", source.c_str());
+    source = std::move(moved);
+    EXPECT_EQ(text, source.c_str());
+
+    EXPECT_TRUE(hidl_string("rndis0") == std::string("rndis0"));
+    EXPECT_TRUE("mdbr0" < hidl_string("rndis0"));
+    EXPECT_TRUE(hidl_string("wlan0") >= "wlan0");
+    EXPECT_TRUE(hidl_string() != "x");
+}
+
+TEST(HidlVecTest, SizedVectorsAreValueInitialisedAndResizeKeepsThePrefix) {
+    hidl_vec<uint64_t> v = 3;
+    EXPECT_EQ((std::vector<uint64_t>{0, 0, 0}), std::vector<uint64_t>(v));
+    v[0] = 7;
+    v[2] = 9;
+    v.resize(5);
+    EXPECT_EQ((std::vector<uint64_t>{7, 0, 9, 0, 0}), std::vector<uint64_t>(v));
+    v.resize(1);
+    EXPECT_EQ((std::vector<uint64_t>{7}), std::vector<uint64_t>(v));
+    v.resize(0);
+    EXPECT_EQ(v.begin(), v.end());
+}
+
+TEST(HidlVecTest, CopiesAreDeepAndMovesHandTheElementsOver) {
+    hidl_vec<hidl_string> original = {"a", "b"};
+    hidl_vec<hidl_string> copy = original;
+    copy[0] = "changed";
+    EXPECT_EQ("a", original[0]);
+
+    const hidl_string* elements = original.data();
+    hidl_vec<hidl_string> moved = std::move(original);
+    EXPECT_EQ(elements, moved.data());
+    EXPECT_EQ(0u, original.size());
+
+    copy = std::vector<hidl_string>(moved);
+    EXPECT_EQ(moved, copy);
+    EXPECT_NE(copy, hidl_vec<hidl_string>({"a"}));
+}
+
+TEST(HidlVecTest, ConvertsEachElementOfARange) {
+    const std::vector<std::string> prefixes = {"2001:db8::/64", "fe80::/64"};
+    hidl_vec<hidl_string> v(prefixes.begin(), prefixes.end());
+    EXPECT_TRUE(v.contains("fe80::/64"));
+    EXPECT_FALSE(v.contains("fe80::"));
+    EXPECT_EQ(prefixes, std::vector<std::string>(v.begin(), v.end()));
+}
+
+TEST(HidlSizeDeathTest, SizesBeyond32BitsEndTheProcess) {
+    const size_t tooLarge = size_t{1} << 32;
+    EXPECT_EXIT((void)hidl_string("x", tooLarge), ::testing::KilledBySignal(SIGABRT), "");
+    EXPECT_EXIT((void)hidl_vec<uint8_t>(tooLarge), ::testing::KilledBySignal(SIGABRT), "");
+}
+
+// What generated toString and enum helpers make of the runtime's pieces.
+TEST(GeneratedHelpersTest, TextOfValuesAndEveryEnumValue) {
+    EXPECT_EQ("0x2a", toHexString(uint32_t{42}));
+    EXPECT_EQ("0xffffffff", toHexString(int32_t{-1}));
+    EXPECT_EQ("0", toHexString(uint8_t{0}, false));
+
+    V1_0::NatTimeoutUpdate update{{"192.168.43.2", 80}, {"8.8.8.8", 53}, V1_0::NetworkProtocol::UDP};
+    EXPECT_EQ(
+            "{.src = {.addr = \"192.168.43.2\", .port = 80}, .dst = {.addr = \"8.8.8.8\", "
+            ".port = 53}, .proto = UDP}",
+            V1_0::toString(update));
+    EXPECT_EQ("0x9", V1_0::toString(static_cast<V1_0::OffloadCallbackEvent>(9)));
+
+    static_assert(std::is_same<hidl_bitfield<V1_1::OffloadCallbackEvent>, uint32_t>::value,
+                  "flags of an enum are its underlying type");
+    const hidl_enum_range<V1_1::OffloadCallbackEvent> range;
+    std::vector<V1_1::OffloadCallbackEvent> values(range.begin(), range.end());
+    ASSERT_EQ(6u, values.size());
+    EXPECT_EQ(V1_1::OffloadCallbackEvent::OFFLOAD_STARTED, values.front());
+    EXPECT_EQ(V1_1::OffloadCallbackEvent::OFFLOAD_WARNING_REACHED, values.back());
 }
 
 class PeersTest : public ::testing::Test {

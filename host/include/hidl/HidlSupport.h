@@ -163,13 +163,10 @@ public:
 
     // Keeps the first elements, value-initialises the new ones.
     void resize(size_t size) {
-        details::checkHidlSize(size, "hidl_vec");
-        T* buffer = size == 0 ? nullptr : new T[size]();
-        std::move(begin(), begin() + std::min(size, this->size()), buffer);
-        release();
-        mBuffer = buffer;
-        mSize = static_cast<uint32_t>(size);
-        mOwnsBuffer = true;
+        T* buffer = allocate(size);
+        const size_t kept = std::min(size, this->size());
+        for (size_t i = 0; i < kept; ++i) buffer[i] = std::move(mBuffer[i]);
+        adopt(buffer, size);
     }
 
     T* begin() { return mBuffer; }
@@ -192,11 +189,19 @@ public:
     bool operator!=(const hidl_vec& other) const { return !(*this == other); }
 
 private:
+    static T* allocate(size_t size) {
+        details::checkHidlSize(size, "hidl_vec");
+        return size == 0 ? nullptr : new T[size]();
+    }
+
     // Copies first, then lets go of the old elements: `source` may be one of them.
     void assign(const T* source, size_t size) {
-        details::checkHidlSize(size, "hidl_vec");
-        T* buffer = size == 0 ? nullptr : new T[size]();
-        std::copy(source, source + size, buffer);
+        T* buffer = allocate(size);
+        for (size_t i = 0; i < size; ++i) buffer[i] = source[i];
+        adopt(buffer, size);
+    }
+
+    void adopt(T* buffer, size_t size) {
         release();
         mBuffer = buffer;
         mSize = static_cast<uint32_t>(size);
