@@ -6,7 +6,8 @@
 # HIDL_GEN_PACKAGE_ROOTS below the calling directory (android.hidl in android/hidl, ...).
 #
 # hidl-gen also writes the binder side (Bn, Bp, Bs, IHw, hwtypes). The host has no binder and
-# service code never includes those, so they stay in a scratch folder off the include path.
+# service code never includes those, so they stay in a scratch folder off the include path; the
+# headers that are used go on it through HidlGenInstall.cmake.
 find_program(HIDL_GEN_EXECUTABLE hidl-gen)
 if(NOT HIDL_GEN_EXECUTABLE)
     message(FATAL_ERROR "hidl-gen not found: install hidl-gen")
@@ -14,6 +15,7 @@ endif()
 
 set(HIDL_GEN_INCLUDE_DIR ${CMAKE_BINARY_DIR}/hidl-gen/include)
 set(HIDL_GEN_SCRATCH_DIR ${CMAKE_BINARY_DIR}/hidl-gen/all)
+set(HIDL_GEN_INSTALL_SCRIPT ${CMAKE_CURRENT_LIST_DIR}/HidlGenInstall.cmake)
 
 function(hidl_gen_package package)
     cmake_parse_arguments(P "TYPES" "" "INTERFACES;IMPORTS" ${ARGN})
@@ -57,9 +59,9 @@ function(hidl_gen_package package)
         OUTPUT ${headers}
         COMMAND ${HIDL_GEN_EXECUTABLE} -R -p ${CMAKE_CURRENT_SOURCE_DIR} -o ${HIDL_GEN_SCRATCH_DIR}
                 -L c++-headers ${roots} ${package}
-        COMMAND ${CMAKE_COMMAND} -E make_directory ${HIDL_GEN_INCLUDE_DIR}/${dir}
-        COMMAND ${CMAKE_COMMAND} -E copy ${generated} ${HIDL_GEN_INCLUDE_DIR}/${dir}
-        DEPENDS ${inputs}
+        COMMAND ${CMAKE_COMMAND} "-DHEADERS=${generated}"
+                -DDESTINATION=${HIDL_GEN_INCLUDE_DIR}/${dir} -P ${HIDL_GEN_INSTALL_SCRIPT}
+        DEPENDS ${inputs} ${HIDL_GEN_INSTALL_SCRIPT}
         COMMENT "Generating the C++ headers of ${package}"
         VERBATIM)
     set_property(GLOBAL APPEND PROPERTY HIDL_GEN_HEADERS ${headers})
