@@ -15,8 +15,8 @@
  */
 
 // Host only, private to this folder. The member definitions that hidl-gen writes into every
-// interface's generated source, written once: each interface's file names its descriptor, its
-// chain and its castFrom overloads, and these macros supply the bodies.
+// interface's generated source, written once: Interfaces.cpp names each interface's descriptor,
+// chain and castFrom overloads, and these macros supply the bodies.
 
 #pragma once
 
@@ -130,3 +130,12 @@ using DescriptorChain = std::initializer_list<const char*>;
             const ::android::sp<::android::hidl::manager::V1_0::IServiceNotification>&) { \
         return false;                                                                     \
     }
+
+// Everything of an interface I but the castFrom from its ancestors: its descriptor `name`, the
+// IBase operations answering with its chain (I, then the ancestors' descriptors that follow),
+// castFrom(sp<I>) and the service statics.
+#define HOST_HIDL_DEFINE_INTERFACE(I, name, ...)                     \
+    const char* I::descriptor = name;                                \
+    HOST_HIDL_DEFINE_IBASE_OPERATIONS(I, I::descriptor, __VA_ARGS__) \
+    HOST_HIDL_DEFINE_CAST_FROM_SELF(I)                               \
+    HOST_HIDL_DEFINE_SERVICE_STATICS(I)
