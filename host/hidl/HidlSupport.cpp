@@ -75,10 +75,9 @@ hidl_string& hidl_string::operator=(const hidl_string& other) {
     return *this;
 }
 
+// Through a copy: `s` may point into this string's own text.
 hidl_string& hidl_string::operator=(const char* s) {
-    clear();
-    if (s != nullptr) copyFrom(s, strlen(s));
-    return *this;
+    return *this = hidl_string(s);
 }
 
 hidl_string& hidl_string::operator=(const std::string& s) {

@@ -125,6 +125,8 @@ TEST(HidlStringTest, CopiesOwnTheirTextAndExternalTextIsOnlyPointedAt) {
     EXPECT_EQ("Xndis0", std::string(copyOfExternal));
     copied = external;
     EXPECT_NE(text, copied.c_str());
+    copied = copied.c_str() + 1;  // from its own text
+    EXPECT_EQ("Ydis0", std::string(copied));
 }
 
 TEST(HidlStringTest, LengthsNullsMovesAndOrder) {
