@@ -46,7 +46,6 @@ struct hidl_pointer {
     }
 
     operator T*() const { return mPointer; }
-    T* operator->() const { return mPointer; }
 
 private:
     union {
