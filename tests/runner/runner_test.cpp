@@ -19,6 +19,8 @@
 // the service's replies, and the console.
 
 #include <gtest/gtest.h>
+#include <stdlib.h>
+#include <time.h>
 
 #include <cstdio>
 #include <deque>
@@ -26,6 +28,7 @@
 
 #include "Console.h"
 #include "JsonTrace.h"
+#include "LogcatTrace.h"
 #include "ReplyCheck.h"
 #include "ScenarioParser.h"
 #include "TextTrace.h"
@@ -131,6 +134,30 @@ TEST(TextTraceTest, WritesOneReadableLinePerRecord) {
     }
     const std::string coloured = TextTrace(true).format(at(0, LogRecord{6, "T", "x", "main"}));
     EXPECT_NE(std::string::npos, coloured.find("\033[31mE T: x\033[0m")) << coloured;
+}
+
+LogRecord logAt(int prio, const std::string& msg, int64_t wallSec, int32_t wallNsec) {
+    LogRecord log{prio, "TetherOffload", msg, "HandleEvent"};
+    log.wallSec = wallSec;
+    log.wallNsec = wallNsec;
+    log.pid = 123;
+    log.tid = 4567;
+    return log;
+}
+
+TEST(LogcatTraceTest, ShowsOnlyLogLinesOneOutputLineForEachLineOfAMessage) {
+    setenv("TZ", "UTC", 1);
+    tzset();
+    LogcatTrace trace;
+    const std::string head = "11-14 22:13:20.005   123  4567 ";
+    EXPECT_EQ(
+            head + "I TetherOffload:  recv VEXA_STARTED msg from MD",
+            trace.format(at(0, logAt(4, " recv VEXA_STARTED msg from MD\n", 1700000000, 5000000))));
+    EXPECT_EQ(head + "E TetherOffload: wan\n" + head + "E TetherOffload: if0 ",
+              trace.format(at(0, logAt(6, "wan\nif0 ", 1700000000, 5999999))));
+    EXPECT_EQ(head + "W TetherOffload: ", trace.format(at(0, logAt(5, "", 1700000000, 5000000))));
+    EXPECT_EQ("", trace.format(at(0, ExitRecord{0})));
+    EXPECT_EQ("", trace.format(at(0, CallRecord{3, "stopOffload", {}})));
 }
 
 template <typename T>

@@ -43,6 +43,11 @@ struct LogRecord {
     std::string tag;
     std::string msg;
     std::string thread;
+    // What logcat shows beside the line; the JSON Lines and text traces leave them out.
+    int64_t wallSec = 0;  // CLOCK_REALTIME
+    int32_t wallNsec = 0;
+    int32_t pid = 0;
+    int32_t tid = 0;
 };
 
 struct OpenRecord {
