@@ -91,6 +91,8 @@ TEST(ScenarioLineTest, WordsQuotesEscapesNumbersAndComments) {
     }
     EXPECT_EQ("error: setHandles: number 3 out of range (at most 2)", reading("setHandles 1 3"));
     EXPECT_EQ("error: help: only in the console", reading("help"));
+    EXPECT_EQ("dump", reading("dump  # the state"));
+    EXPECT_EQ("error: dump: expected 0 arguments, got 1", reading("dump all"));
 }
 
 Record at(int64_t t, RecordBody body) {
@@ -127,6 +129,7 @@ TEST(TextTraceTest, WritesOneReadableLinePerRecord) {
             {stats, "reply             <-- 12: getForwardedStats rx=1 tx=2"},
             {ExitRecord{0}, "exit              status 0"},
             {ErrorRecord{3, "oops"}, "error             line 3: oops"},
+            {DumpRecord{"a: \"\"\n"}, "dump              \"a: \\\"\\\"\\n\""},
     };
     TextTrace trace(false);
     for (const auto& [body, text] : cases) {
@@ -202,9 +205,11 @@ TEST(VexaDecoderTest, NamesEveryFieldOfRequestsAndEvents) {
     EXPECT_EQ("54000000000000000000000000000000...+240 zero bytes", toShortHex(stats));
 }
 
-TEST(JsonTraceTest, ErrorRecordsAndAnyBytesStayValidJson) {
+TEST(JsonTraceTest, ErrorAndDumpRecordsAndAnyBytesStayValidJson) {
     EXPECT_EQ(R"({"k":"error","t":5,"line":3,"msg":"wait: malformed number 'x'"})",
               toJsonLine(at(5, ErrorRecord{3, "wait: malformed number 'x'"})));
+    EXPECT_EQ(R"({"k":"dump","t":6,"text":"a: \"\"\n"})",
+              toJsonLine(at(6, DumpRecord{"a: \"\"\n"})));
     const std::string line =
             toJsonLine(at(1, LogRecord{6, "T", std::string("\xff\"q\" \x01\n"), "x"}));
     EXPECT_EQ(std::string::npos, line.find('\n'));

@@ -113,9 +113,13 @@ struct ErrorRecord {
     std::string msg;
 };
 
-using RecordBody =
-        std::variant<ThreadpoolRecord, RegisterRecord, LogRecord, OpenRecord, IoctlRecord, ReadRecord,
-                     AgentRecord, CallbackRecord, CallRecord, ReplyRecord, ExitRecord, ErrorRecord>;
+struct DumpRecord {
+    std::string text;  // all the service wrote to the descriptor
+};
+
+using RecordBody = std::variant<ThreadpoolRecord, RegisterRecord, LogRecord, OpenRecord,
+                                IoctlRecord, ReadRecord, AgentRecord, CallbackRecord, CallRecord,
+                                ReplyRecord, ExitRecord, ErrorRecord, DumpRecord>;
 
 struct Record {
     int64_t tMicros = 0;  // since the recorder was created, monotonic
