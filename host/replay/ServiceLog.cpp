@@ -1,0 +1,147 @@
+/*
+ * Copyright (C) 2026 The Tether Offload Project
+ *
+ * Licensed under the Apache License, Version 2.0 (the "License");
+ * you may not use this file except in compliance with the License.
+ * You may obtain a copy of the License at
+ *
+ *      http://www.apache.org/licenses/LICENSE-2.0
+ *
+ * Unless required by applicable law or agreed to in writing, software
+ * distributed under the License is distributed on an "AS IS" BASIS,
+ * WITHOUT WARRANTIES OR CONDITIONS OF ANY KIND, either express or implied.
+ * See the License for the specific language governing permissions and
+ * limitations under the License.
+ */
+
+#include "ServiceLog.h"
+
+#include <utility>
+
+#include "LogcatLine.h"
+
+namespace hostreplay {
+namespace {
+
+struct InputLine {
+    int lineNo;
+    std::string text;
+    std::optional<LogcatLine> parsed;
+};
+
+std::vector<InputLine> splitLines(const std::string& input) {
+    std::vector<InputLine> lines;
+    size_t start = 0;
+    int lineNo = 0;
+    while (start < input.size()) {
+        size_t end = input.find('\n', start);
+        if (end == std::string::npos) end = input.size();
+        std::string text = input.substr(start, end - start);
+        if (!text.empty() && text.back() == '\r') text.pop_back();
+        ++lineNo;
+        std::optional<LogcatLine> parsed = parseLogcatLine(text);
+        lines.push_back(InputLine{lineNo, std::move(text), std::move(parsed)});
+        start = end + 1;
+    }
+    return lines;
+}
+
+std::string notALog(const std::string& input, const std::vector<InputLine>& lines) {
+    if (input.empty()) return "it is empty";
+    const size_t nul = input.find('\0');
+    if (nul != std::string::npos) {
+        return "it holds binary data (a NUL byte at offset " + std::to_string(nul) + ")";
+    }
+    for (const InputLine& line : lines) {
+        if (line.parsed) return "";
+    }
+    return "no line of it is a logcat line (threadtime or brief format)";
+}
+
+bool isBlank(const std::string& text) {
+    return text.find_first_not_of(" \t") == std::string::npos;
+}
+
+// Puts a message that logcat wrote on several lines back together. A line that is no message
+// of its own but continues the one before (same header, and together they are a message) joins
+// it; a line nothing can be made of stays as it is.
+class MessageJoiner {
+public:
+    explicit MessageJoiner(std::vector<ServiceLine>* out) : mOut(out) {}
+
+    void add(int lineNo, const LogcatLine& line) {
+        if (mPending && mHeader == line.header()) {
+            std::optional<ServiceMessage> alone = matchServiceMessage(line.message);
+            if (!alone) {
+                const std::string joined = mPending->text + "\n" + line.message;
+                std::optional<ServiceMessage> together = matchServiceMessage(joined);
+                if (together || !mPending->message) {
+                    mPending->text = joined;
+                    mPending->message = together;
+                    return;
+                }
+            }
+            flush();
+            start(lineNo, line, alone);
+            return;
+        }
+        flush();
+        start(lineNo, line, matchServiceMessage(line.message));
+    }
+
+    void flush() {
+        if (mPending) mOut->push_back(std::move(*mPending));
+        mPending.reset();
+    }
+
+private:
+    void start(int lineNo, const LogcatLine& line, std::optional<ServiceMessage> message) {
+        mPending = ServiceLine{lineNo, line.level, line.message, std::move(message)};
+        mHeader = line.header();
+    }
+
+    std::vector<ServiceLine>* mOut;
+    std::optional<ServiceLine> mPending;
+    std::string mHeader;
+};
+
+int choosePid(const std::vector<InputLine>& lines, std::optional<int> pid) {
+    if (pid) return *pid;
+    for (const InputLine& line : lines) {
+        if (line.parsed && line.parsed->tag == kServiceTag) return line.parsed->pid;
+    }
+    return 0;
+}
+
+}  // namespace
+
+ReadResult readServiceLog(const std::string& input, std::optional<int> pid) {
+    ReadResult result;
+    const std::vector<InputLine> lines = splitLines(input);
+    result.error = notALog(input, lines);
+    if (!result.error.empty()) return result;
+
+    ServiceLog& log = result.log;
+    log.pid = choosePid(lines, pid);
+    MessageJoiner joiner(&log.lines);
+    for (const InputLine& line : lines) {
+        const bool ours =
+                line.parsed && line.parsed->tag == kServiceTag && line.parsed->pid == log.pid;
+        if (!ours) joiner.flush();
+        if (ours) {
+            joiner.add(line.lineNo, *line.parsed);
+        } else if (line.parsed && line.parsed->tag == kServiceTag) {
+            ++log.otherProcesses[line.parsed->pid];
+        } else if (line.parsed) {
+            ++log.otherTagLines;
+        } else if (isLogcatBanner(line.text)) {
+            ++log.banners;
+        } else if (!isBlank(line.text)) {
+            log.unreadable.push_back(UnreadableLine{line.lineNo, line.text});
+        }
+    }
+    joiner.flush();
+    return result;
+}
+
+}  // namespace hostreplay
