@@ -230,7 +230,13 @@ Step replayEvent(const Lines& lines) {
     for (const ServiceLine* line : lines) {
         if (line->message) take(*line->message, &pass);
     }
-    if (pass.readFailed) {
+    const long long maxRead = static_cast<long long>(hostrunner::kMaxEventRead);
+    if (pass.size > maxRead) {
+        step.picks.push_back("the logged size " + std::to_string(pass.size) +
+                             " is more than a read returns");
+        pass.size = maxRead;
+    }
+    if (pass.readFailed || pass.size < 0) {
         step.command = "modem readfail EIO";
         step.picks.push_back("the errno is not logged");
     } else if (pass.tooShort || pass.payloadShort) {

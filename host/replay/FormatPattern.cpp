@@ -78,25 +78,30 @@ FormatPattern::FormatPattern(const std::string& format) {
 std::optional<std::vector<std::string>> FormatPattern::match(const std::string& text) const {
     if (text.size() > kMaxText) return std::nullopt;
     std::vector<std::string> out;
-    if (matchFrom(0, text, 0, false, &out)) return out;
+    if (matchFrom(0, text, 0, Mode::kExact, &out)) return out;
     out.clear();
-    if (matchFrom(0, trimmed(text), 0, true, &out)) return out;
+    if (matchFrom(0, trimmed(text), 0, Mode::kTolerant, &out)) return out;
     return std::nullopt;
 }
 
-bool FormatPattern::matchFrom(size_t piece, const std::string& text, size_t pos, bool tolerant,
-                              std::vector<std::string>* out) const {
-    if (piece == mPieces.size()) return pos == text.size();
-    if (mPieces[piece].conversion == 0) return matchLiteral(piece, text, pos, tolerant, out);
-    return matchConversion(piece, text, pos, tolerant, out);
+bool FormatPattern::beginsWith(const std::string& text) const {
+    std::vector<std::string> out;
+    return text.size() <= kMaxText && matchFrom(0, text, 0, Mode::kBeginning, &out);
 }
 
-bool FormatPattern::matchLiteral(size_t piece, const std::string& text, size_t pos, bool tolerant,
+bool FormatPattern::matchFrom(size_t piece, const std::string& text, size_t pos, Mode mode,
+                              std::vector<std::string>* out) const {
+    if (piece == mPieces.size()) return pos == text.size();
+    if (mPieces[piece].conversion == 0) return matchLiteral(piece, text, pos, mode, out);
+    return matchConversion(piece, text, pos, mode, out);
+}
+
+bool FormatPattern::matchLiteral(size_t piece, const std::string& text, size_t pos, Mode mode,
                                  std::vector<std::string>* out) const {
     const std::string& literal = mPieces[piece].literal;
     // A trimmed text has lost the blanks the format begins with.
     size_t from = 0;
-    if (tolerant && piece == 0) {
+    if (mode == Mode::kTolerant && piece == 0) {
         while (from < literal.size() && isBlank(literal[from])) ++from;
     }
     size_t matched = from;
@@ -105,9 +110,10 @@ bool FormatPattern::matchLiteral(size_t piece, const std::string& text, size_t p
         ++matched;
         ++at;
     }
-    if (matched == literal.size()) return matchFrom(piece + 1, text, at, tolerant, out);
+    if (matched == literal.size()) return matchFrom(piece + 1, text, at, mode, out);
     // A trimmed text may end where the format still has blanks and empty strings to write.
-    if (tolerant && at == text.size() && allBlank(literal, matched) && restMayBeMissing(piece + 1)) {
+    if (mode == Mode::kTolerant && at == text.size() && allBlank(literal, matched) &&
+        restMayBeMissing(piece + 1)) {
         for (size_t p = piece + 1; p < mPieces.size(); ++p) {
             if (mPieces[p].conversion != 0) out->push_back("");
         }
@@ -116,8 +122,8 @@ bool FormatPattern::matchLiteral(size_t piece, const std::string& text, size_t p
     return false;
 }
 
-bool FormatPattern::matchConversion(size_t piece, const std::string& text, size_t pos,
-                                    bool tolerant, std::vector<std::string>* out) const {
+bool FormatPattern::matchConversion(size_t piece, const std::string& text, size_t pos, Mode mode,
+                                    std::vector<std::string>* out) const {
     const char conversion = mPieces[piece].conversion;
     const size_t first = conversion == 's' ? pos : pos + 1;
     const size_t last = conversion == 's' ? text.size() : longestRun(conversion, text, pos);
@@ -126,10 +132,15 @@ bool FormatPattern::matchConversion(size_t piece, const std::string& text, size_
     // of a trimmed line.
     const bool literalNext =
             conversion == 's' && piece + 1 < mPieces.size() && mPieces[piece + 1].conversion == 0;
+    // Cut inside a value that follows some of the format's text.
+    if (mode == Mode::kBeginning && conversion == 's' && piece > 0 && pos < text.size()) {
+        out->push_back(text.substr(pos));
+        return true;
+    }
     size_t end = first;
     while (end <= last) {
         out->push_back(text.substr(pos, end - pos));
-        if (matchFrom(piece + 1, text, end, tolerant, out)) return true;
+        if (matchFrom(piece + 1, text, end, mode, out)) return true;
         out->pop_back();
         if (!literalNext) {
             ++end;

@@ -33,6 +33,10 @@ public:
     // The conversions' texts, in order, when `text` is what the format writes.
     std::optional<std::vector<std::string>> match(const std::string& text) const;
 
+    // Whether `text` is how the format's output begins when a value of a %s that follows some of
+    // the format's own text holds a newline: the first line of a message logcat split.
+    bool beginsWith(const std::string& text) const;
+
     // Longer texts are not tried: the Android log cuts a message at about 4 KiB anyway.
     static constexpr size_t kMaxText = 4096;
 
@@ -42,11 +46,17 @@ private:
         std::string literal;
     };
 
-    bool matchFrom(size_t piece, const std::string& text, size_t pos, bool tolerant,
+    enum class Mode {
+        kExact,
+        kTolerant,   // blanks lost at either end
+        kBeginning,  // the text may stop inside a %s
+    };
+
+    bool matchFrom(size_t piece, const std::string& text, size_t pos, Mode mode,
                    std::vector<std::string>* out) const;
-    bool matchLiteral(size_t piece, const std::string& text, size_t pos, bool tolerant,
+    bool matchLiteral(size_t piece, const std::string& text, size_t pos, Mode mode,
                       std::vector<std::string>* out) const;
-    bool matchConversion(size_t piece, const std::string& text, size_t pos, bool tolerant,
+    bool matchConversion(size_t piece, const std::string& text, size_t pos, Mode mode,
                          std::vector<std::string>* out) const;
     bool restMayBeMissing(size_t piece) const;
 

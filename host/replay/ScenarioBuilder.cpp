@@ -141,20 +141,24 @@ std::string lineText(const ScenarioLine& line) {
     return line.text + (line.comment.empty() ? "" : "  # " + line.comment) + "\n";
 }
 
+std::string counted(size_t count, const std::string& what) {
+    return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
+}
+
 std::string header(const ServiceLog& log, const std::string& source) {
-    std::string out = "# Replayed by tetheroffload-replay from " + source + ": ";
+    std::string out = "# Replayed by tetheroffload-replay from " + source + ":\n# ";
+    const std::string tag = "tag \"" + std::string(kServiceTag) + "\"";
     if (log.lines.empty()) {
-        out += "no line of tag \"" + std::string(kServiceTag) + "\"" +
+        out += "no line of " + tag +
                (log.pid != 0 ? " from process " + std::to_string(log.pid) : "") + ".\n";
     } else {
-        out += "the lines of tag \"" + std::string(kServiceTag) + "\" of process " +
-               std::to_string(log.pid) + ".\n";
+        out += "the lines of " + tag + " from process " + std::to_string(log.pid) + ".\n";
     }
-    out += "# Left out: " + std::to_string(log.otherTagLines) + " lines of other tags, " +
-           std::to_string(log.banners) + " logcat banners";
+    out += "# Left out: " + counted(log.otherTagLines, "line") + " of other tags, " +
+           counted(log.banners, "logcat banner");
     for (const auto& [pid, count] : log.otherProcesses) {
-        out += ", " + std::to_string(count) + " lines of process " + std::to_string(pid) +
-               " (--pid " + std::to_string(pid) + " replays them)";
+        out += ", " + counted(count, "line") + " from process " + std::to_string(pid) + " (--pid " +
+               std::to_string(pid) + " replays them)";
     }
     return out + ".\n";
 }

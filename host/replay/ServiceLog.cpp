@@ -63,30 +63,26 @@ bool isBlank(const std::string& text) {
 }
 
 // Puts a message that logcat wrote on several lines back together. A line that is no message
-// of its own but continues the one before (same header, and together they are a message) joins
-// it; a line nothing can be made of stays as it is.
+// of its own, and does not begin one, continues the line before it when they have the same
+// header and together make a message, or when that line was no message either.
 class MessageJoiner {
 public:
     explicit MessageJoiner(std::vector<ServiceLine>* out) : mOut(out) {}
 
     void add(int lineNo, const LogcatLine& line) {
-        if (mPending && mHeader == line.header()) {
-            std::optional<ServiceMessage> alone = matchServiceMessage(line.message);
-            if (!alone) {
-                const std::string joined = mPending->text + "\n" + line.message;
-                std::optional<ServiceMessage> together = matchServiceMessage(joined);
-                if (together || !mPending->message) {
-                    mPending->text = joined;
-                    mPending->message = together;
-                    return;
-                }
+        std::optional<ServiceMessage> alone = matchServiceMessage(line.message);
+        if (mPending && mHeader == line.header() && !alone && !beginsServiceMessage(line.message)) {
+            const std::string joined = mPending->text + "\n" + line.message;
+            std::optional<ServiceMessage> together = matchServiceMessage(joined);
+            if (together || !mPending->message) {
+                mPending->text = joined;
+                mPending->message = together;
+                return;
             }
-            flush();
-            start(lineNo, line, alone);
-            return;
         }
         flush();
-        start(lineNo, line, matchServiceMessage(line.message));
+        mPending = ServiceLine{lineNo, line.level, line.message, std::move(alone)};
+        mHeader = line.header();
     }
 
     void flush() {
@@ -95,11 +91,6 @@ public:
     }
 
 private:
-    void start(int lineNo, const LogcatLine& line, std::optional<ServiceMessage> message) {
-        mPending = ServiceLine{lineNo, line.level, line.message, std::move(message)};
-        mHeader = line.header();
-    }
-
     std::vector<ServiceLine>* mOut;
     std::optional<ServiceLine> mPending;
     std::string mHeader;

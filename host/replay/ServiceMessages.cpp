@@ -203,6 +203,13 @@ std::optional<ServiceMessage> matchServiceMessage(const std::string& text) {
     return std::nullopt;
 }
 
+bool beginsServiceMessage(const std::string& text) {
+    for (const Compiled& c : compiled()) {
+        if (c.pattern.beginsWith(text)) return true;
+    }
+    return false;
+}
+
 Context contextOf(const ServiceMessage& message) {
     const std::string op = message.fields.empty() ? "" : message.fields[0];
     switch (message.id) {

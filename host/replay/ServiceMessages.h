@@ -152,6 +152,10 @@ long long numberField(const ServiceMessage& message, size_t index, int base = 10
 // Which message of the service `text` is, if any.
 std::optional<ServiceMessage> matchServiceMessage(const std::string& text);
 
+// Whether `text` can be the first line of a message of the service that logcat split because a
+// value held a newline.
+bool beginsServiceMessage(const std::string& text);
+
 // Where a message belongs: what a replay makes of it depends on it.
 enum class Context {
     kStartup,     // main and the event thread starting
