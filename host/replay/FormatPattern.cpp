@@ -85,6 +85,10 @@ std::optional<std::vector<std::string>> FormatPattern::match(const std::string& 
 }
 
 bool FormatPattern::beginsWith(const std::string& text) const {
+    // Only a format that opens with words of its own has a beginning to recognise.
+    if (mPieces.empty() || mPieces[0].conversion != 0 || allBlank(mPieces[0].literal, 0)) {
+        return false;
+    }
     std::vector<std::string> out;
     return text.size() <= kMaxText && matchFrom(0, text, 0, Mode::kBeginning, &out);
 }

@@ -33,8 +33,8 @@ public:
     // The conversions' texts, in order, when `text` is what the format writes.
     std::optional<std::vector<std::string>> match(const std::string& text) const;
 
-    // Whether `text` is how the format's output begins when a value of a %s that follows some of
-    // the format's own text holds a newline: the first line of a message logcat split.
+    // Whether `text` is how the format's output begins when a value of a %s that follows the
+    // format's opening words holds a newline: the first line of a message logcat split.
     bool beginsWith(const std::string& text) const;
 
     // Longer texts are not tried: the Android log cuts a message at about 4 KiB anyway.
