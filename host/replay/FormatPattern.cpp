@@ -69,7 +69,7 @@ FormatPattern::FormatPattern(const std::string& format) {
             mPieces.push_back(conversion);
             continue;
         }
-        if (format[i] == '%') ++i;  // "%%"
+        if (format[i] == '%' && i + 1 < format.size()) ++i;  // "%%"
         literal.literal += format[i];
     }
     if (!literal.literal.empty()) mPieces.push_back(literal);
@@ -129,6 +129,11 @@ bool FormatPattern::matchLiteral(size_t piece, const std::string& text, size_t p
 bool FormatPattern::matchConversion(size_t piece, const std::string& text, size_t pos, Mode mode,
                                     std::vector<std::string>* out) const {
     const char conversion = mPieces[piece].conversion;
+    // The line was cut inside a value that follows the format's opening words.
+    if (mode == Mode::kBeginning && conversion == 's' && piece > 0 && pos < text.size()) {
+        out->push_back(text.substr(pos));
+        return true;
+    }
     const size_t first = conversion == 's' ? pos : pos + 1;
     const size_t last = conversion == 's' ? text.size() : longestRun(conversion, text, pos);
     if (conversion != 's' && last == pos) return false;
@@ -136,11 +141,6 @@ bool FormatPattern::matchConversion(size_t piece, const std::string& text, size_
     // of a trimmed line.
     const bool literalNext =
             conversion == 's' && piece + 1 < mPieces.size() && mPieces[piece + 1].conversion == 0;
-    // Cut inside a value that follows some of the format's text.
-    if (mode == Mode::kBeginning && conversion == 's' && piece > 0 && pos < text.size()) {
-        out->push_back(text.substr(pos));
-        return true;
-    }
     size_t end = first;
     while (end <= last) {
         out->push_back(text.substr(pos, end - pos));

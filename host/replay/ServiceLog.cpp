@@ -46,16 +46,19 @@ std::vector<InputLine> splitLines(const std::string& input) {
     return lines;
 }
 
-std::string notALog(const std::string& input, const std::vector<InputLine>& lines) {
+// Checked before anything is read into lines: a binary file can be large.
+std::string notText(const std::string& input) {
     if (input.empty()) return "it is empty";
     const size_t nul = input.find('\0');
-    if (nul != std::string::npos) {
-        return "it holds binary data (a NUL byte at offset " + std::to_string(nul) + ")";
-    }
+    if (nul == std::string::npos) return "";
+    return "it holds binary data (a NUL byte at offset " + std::to_string(nul) + ")";
+}
+
+bool anyLogcatLine(const std::vector<InputLine>& lines) {
     for (const InputLine& line : lines) {
-        if (line.parsed) return "";
+        if (line.parsed) return true;
     }
-    return "no line of it is a logcat line (threadtime or brief format)";
+    return false;
 }
 
 bool isBlank(const std::string& text) {
@@ -108,9 +111,13 @@ int choosePid(const std::vector<InputLine>& lines, std::optional<int> pid) {
 
 ReadResult readServiceLog(const std::string& input, std::optional<int> pid) {
     ReadResult result;
-    const std::vector<InputLine> lines = splitLines(input);
-    result.error = notALog(input, lines);
+    result.error = notText(input);
     if (!result.error.empty()) return result;
+    const std::vector<InputLine> lines = splitLines(input);
+    if (!anyLogcatLine(lines)) {
+        result.error = "no line of it is a logcat line (threadtime or brief format)";
+        return result;
+    }
 
     ServiceLog& log = result.log;
     log.pid = choosePid(lines, pid);
