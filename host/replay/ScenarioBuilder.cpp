@@ -37,6 +37,12 @@ Note noteFor(const ServiceLine& line, const std::string& why) {
     return Note{line.lineNo, why + ": " + line.level + " " + quotedForComment(line.text)};
 }
 
+// The calls that log a last line of their own; after it, nothing more is theirs.
+bool isClosingLine(Msg id) {
+    return id == Msg::kInitEnd || id == Msg::kStopDone || id == Msg::kUpstreamEnd ||
+           id == Msg::kAddEnd || id == Msg::kRemoveEnd;
+}
+
 // Sorts the service's lines into framework calls and passes of the event thread. Binder and
 // event-thread lines may interleave on a phone, so each kind has its own open episode.
 class EpisodeSplitter {
@@ -66,7 +72,8 @@ public:
                 }
                 break;
             case Context::kCall:
-                append(mCall, line, "part of a call whose first line is not in the log");
+                append(mCall, line, "outside any call");
+                if (isClosingLine(m.id)) mCall.reset();
                 break;
             case Context::kEventStart:
                 if (m.id == Msg::kReadSize && continuesFailedRead()) {

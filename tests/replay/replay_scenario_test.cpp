@@ -293,12 +293,13 @@ TEST(ReplayNotesTest, KeepsEveryLineItCannotPlaceAtItsPlace) {
             "11-23 13:35:40.622   100   100 I TetherOff\n" +
             serviceLog({"stopOffload ", "a line of a later version",
                         "stopOffload() device has not been initialized () ",
-                        "@recv VEXA_STARTED msg from MD", "tether offload exiting"});
+                        "@recv VEXA_STARTED msg from MD", "initOffload ++",
+                        "initOffload()warning: initialized again ", "initOffload() --",
+                        "No de-active vexa", "tether offload exiting"});
     EXPECT_EQ((Lines{
                       "device absent",
                       "# log line 1: not a log line: \"garbage before the log\"",
-                      "# log line 2: part of a call whose first line is not in the log: I "
-                      "\"checkInterface in: wanif0\"",
+                      "# log line 2: outside any call: I \"checkInterface in: wanif0\"",
                       "# log line 5: cannot be made to happen here: I \"WARNING: SIGPIPE not "
                       "blocked\"",
                       "# log line 7: not a log line: \"11-23 13:35:40.622   100   100 I "
@@ -308,6 +309,8 @@ TEST(ReplayNotesTest, KeepsEveryLineItCannotPlaceAtItsPlace) {
                       "version\"",
                       "# log line 11: part of an event whose read is not in the log: I \"recv "
                       "VEXA_STARTED msg from MD\"",
+                      "initOffload null",
+                      "# log line 15: outside any call: I \"No de-active vexa\"",
               }),
               replayed(log));
 }
