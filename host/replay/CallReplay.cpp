@@ -48,6 +48,11 @@ const ServiceMessage* before(const Lines& lines, Msg id) {
     return nullptr;
 }
 
+bool setHandlesCall(Msg id) {
+    return id == Msg::kSetHandlesOk || id == Msg::kSetHandlesFd1Empty ||
+           id == Msg::kSetHandlesFd2Empty;
+}
+
 void setHandles(Msg id, Step* step) {
     if (id == Msg::kSetHandlesOk) {
         step->command = "setHandles 1 1";
@@ -60,7 +65,22 @@ void setHandles(Msg id, Step* step) {
     }
 }
 
+// Every call but setHandles first checks that the service is initialised; only a refusal logs
+// something for it.
+Step::Initialised initialisedBefore(const Lines& lines) {
+    if (has(lines, Msg::kNotInitialised) || has(lines, Msg::kPrefixesNotInit)) {
+        return Step::Initialised::kNo;
+    }
+    const Msg first = lines.front()->message->id;
+    // An accepted setLocalPrefixes logs one line; so does a call cut off by the end of the log.
+    if (lines.size() > 1 || first == Msg::kPrefixesStart) return Step::Initialised::kYes;
+    return Step::Initialised::kUnknown;
+}
+
 void initOffload(const Lines& lines, Step* step) {
+    step->initialised = has(lines, Msg::kInitAlready) ? Step::Initialised::kYes
+                        : lines.size() > 1            ? Step::Initialised::kNo
+                                                      : Step::Initialised::kUnknown;
     if (has(lines, Msg::kInitAlready)) {
         step->command = "initOffload 1.1";
         step->picks.push_back("the callback's version is not logged (already initialised)");
@@ -163,7 +183,7 @@ Step replayCall(const Lines& lines) {
             break;
         case Msg::kInitStart:
             initOffload(lines, &step);
-            break;
+            return step;
         case Msg::kStopStart:
             stopOffload(lines, &step);
             break;
@@ -197,6 +217,7 @@ Step replayCall(const Lines& lines) {
         default:
             break;
     }
+    if (!setHandlesCall(first.id)) step.initialised = initialisedBefore(lines);
     return step;
 }
 

@@ -242,6 +242,9 @@ Step replayEvent(const Lines& lines) {
     } else if (pass.tooShort || pass.payloadShort) {
         droppedRecord(pass, &step);
     } else if (pass.parsed && pass.size >= kHeaderSize) {
+        // Only a relay that initOffload registered gets past the first check.
+        step.initialised =
+                pass.received || pass.badMcode ? Step::Initialised::kYes : Step::Initialised::kNo;
         parsedRecord(pass, &step);
         deliveryNeeds(pass, &step);
     } else {

@@ -118,6 +118,22 @@ private:
     bool mDeviceAbsent = false;
 };
 
+// A capture that begins in the middle of a session: the service's first steps show it
+// initialised before any initOffload. An initOffload in front puts the replay in the same state;
+// what the framework set before the capture (upstream, downstreams) is not in the log.
+void openSessionBeforeTheLog(std::vector<Step>* steps) {
+    const auto shown = std::find_if(steps->begin(), steps->end(), [](const Step& s) {
+        return s.initialised != Step::Initialised::kUnknown;
+    });
+    if (shown == steps->end() || shown->initialised == Step::Initialised::kNo) return;
+    Step init;
+    init.command = "initOffload";
+    init.opensSession = true;
+    init.picks.push_back("the log begins after the service was initialised");
+    init.need(Requirement::Key::kFramework, "framework alive");
+    steps->insert(steps->begin(), init);
+}
+
 // The callback's version shows only when a delivery fails in transport and its line names the
 // method; the first such line between an initOffload and its stopOffload decides.
 void settleCallbackVersions(std::vector<Step>* steps) {
@@ -189,6 +205,7 @@ std::string buildScenario(const ServiceLog& log, const std::string& source) {
     }
     std::stable_sort(notes.begin(), notes.end(),
                      [](const Note& a, const Note& b) { return a.lineNo < b.lineNo; });
+    openSessionBeforeTheLog(&steps);
     settleCallbackVersions(&steps);
 
     std::string out = header(log, source);

@@ -49,6 +49,9 @@ struct Step {
     bool opensSession = false;
     bool closesSession = false;
     std::string versionClue;  // "1.0" or "1.1" when a failure line names the callback's method
+    // Whether the service was initialised when the step began, where its lines show it.
+    enum class Initialised { kUnknown, kYes, kNo };
+    Initialised initialised = Initialised::kUnknown;
 
     // Adds what the world must be; the first of two different answers for one key stays, with a
     // word in the comment, since the scenario sets the world between steps only.

@@ -173,6 +173,22 @@ TEST(ReplayCallsTest, HandlesPrefixesAndLimitsFromWhatTheLinesTell) {
               replayed(log));
 }
 
+TEST(ReplayCallsTest, ACaptureFromTheMiddleOfASessionBeginsWithItsInitOffload) {
+    const Lines started = {"@handleEvent: readsize 16 ",
+                           "@ parsingEvent : recv a msg from MD: status:1 ,msg: 0",
+                           "@ recv VEXA_STARTED msg from MD"};
+    const Lines stats = {"getForwardedStats() upstream:wanif0", "getDataUsage (app: 255 ) ok "};
+    EXPECT_EQ((Lines{"initOffload 1.1  # the log begins after the service was initialised; the "
+                     "callback's version is not logged",
+                     "modem event STARTED", "getForwardedStats wanif0"}),
+              replayed(after(started, stats)));
+    // Refused before initOffload: nothing to open.
+    const Lines refused = {"@handleEvent: readsize 16 ",
+                           "@ parsingEvent, not register Timeout Callback (type = 1) "};
+    EXPECT_EQ((Lines{"modem event STARTED", "getForwardedStats wanif0"}),
+              replayed(after(refused, stats)));
+}
+
 TEST(ReplayWorldTest, SetsTheWorldBeforeTheStepThatMetIt) {
     const Lines log = after(kInit, {"getForwardedStats() upstream:wanif0",
                                     "getDataUsage (app: 255 )  fail errno: 19 ",
