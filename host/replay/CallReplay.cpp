@@ -65,22 +65,24 @@ void setHandles(Msg id, Step* step) {
     }
 }
 
-// Every call but setHandles first checks that the service is initialised; only a refusal logs
-// something for it.
-Step::Initialised initialisedBefore(const Lines& lines) {
+// Whether the service was initialised when the call came. setHandles does not care; initOffload
+// says so when it refuses; every other call checks it first and logs only a refusal.
+Step::Initialised initialisedWhenCalled(const Lines& lines) {
+    const Msg first = lines.front()->message->id;
+    if (setHandlesCall(first)) return Step::Initialised::kUnknown;
+    if (first == Msg::kInitStart) {
+        if (has(lines, Msg::kInitAlready)) return Step::Initialised::kYes;
+        return lines.size() > 1 ? Step::Initialised::kNo : Step::Initialised::kUnknown;
+    }
     if (has(lines, Msg::kNotInitialised) || has(lines, Msg::kPrefixesNotInit)) {
         return Step::Initialised::kNo;
     }
-    const Msg first = lines.front()->message->id;
     // An accepted setLocalPrefixes logs one line; so does a call cut off by the end of the log.
     if (lines.size() > 1 || first == Msg::kPrefixesStart) return Step::Initialised::kYes;
     return Step::Initialised::kUnknown;
 }
 
 void initOffload(const Lines& lines, Step* step) {
-    step->initialised = has(lines, Msg::kInitAlready) ? Step::Initialised::kYes
-                        : lines.size() > 1            ? Step::Initialised::kNo
-                                                      : Step::Initialised::kUnknown;
     if (has(lines, Msg::kInitAlready)) {
         step->command = "initOffload 1.1";
         step->picks.push_back("the callback's version is not logged (already initialised)");
@@ -174,6 +176,7 @@ Step replayCall(const Lines& lines) {
     Step step;
     step.lineNo = lines.front()->lineNo;
     collectWorldClues(lines, &step);
+    step.initialised = initialisedWhenCalled(lines);
     const ServiceMessage& first = *lines.front()->message;
     switch (first.id) {
         case Msg::kSetHandlesOk:
@@ -183,7 +186,7 @@ Step replayCall(const Lines& lines) {
             break;
         case Msg::kInitStart:
             initOffload(lines, &step);
-            return step;
+            break;
         case Msg::kStopStart:
             stopOffload(lines, &step);
             break;
@@ -217,7 +220,6 @@ Step replayCall(const Lines& lines) {
         default:
             break;
     }
-    if (!setHandlesCall(first.id)) step.initialised = initialisedBefore(lines);
     return step;
 }
 
