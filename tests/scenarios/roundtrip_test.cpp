@@ -215,6 +215,25 @@ TEST(ReplayCommandTest, PlacesTheServiceLinesOfAMessyLogAndNotesTheRest) {
     EXPECT_EQ(commands(reference.out), commands(second.out));
 }
 
+TEST(ReplayCommandTest, ReadsTheBriefFormatAsWell) {
+    const ProgramRun threadtimeRun =
+            run(TETHEROFFLOAD_SERVICE, std::string("--trace=logcat ") +
+                                               TETHEROFFLOAD_REPLAY_SCENARIOS + "/names.scenario");
+    ASSERT_EQ(0, threadtimeRun.status) << threadtimeRun.err;
+    // "L/TAG(  PID): MESSAGE", as `adb logcat -v brief` writes the same lines.
+    static const std::regex fields("\\S+ \\S+ +([0-9]+) +[0-9]+ ([VDIWEF]) ([^:]+): (.*)");
+    std::string brief;
+    for (const std::string& line : splitLines(threadtimeRun.out)) {
+        std::smatch m;
+        ASSERT_TRUE(std::regex_match(line, m, fields)) << line;
+        brief += m[2].str() + "/" + m[3].str() + "(" + m[1].str() + "): " + m[4].str() + "\n";
+    }
+    const ProgramRun fromThreadtime = replay(threadtimeRun.out);
+    const ProgramRun fromBrief = replay(brief);
+    ASSERT_EQ(0, fromBrief.status) << fromBrief.err;
+    EXPECT_EQ(commands(fromThreadtime.out), commands(fromBrief.out)) << fromBrief.out;
+}
+
 TEST(ReplayCommandTest, RefusesWhatIsNotALogWithStatus2) {
     std::ofstream(scratch("binary"), std::ios::binary) << std::string(
             "\x7f"
