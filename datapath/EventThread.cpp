@@ -77,6 +77,11 @@ void logIfFailed(const Return<void>& ret, const char* op) {
 
 }  // namespace
 
+// Once started the flag stays set, even when the thread ended at start-up (no device).
+bool OffloadEventHandle::isEventThreadStarted() {
+    return sEventThreadCreated;
+}
+
 int OffloadEventHandle::createEventThread() {
     if (getInstance() == nullptr) {
         ALOGE("createEventThread: unable to create offloadEventHandle instance \n");

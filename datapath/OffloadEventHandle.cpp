@@ -112,6 +112,10 @@ OffloadEventHandle* OffloadEventHandle::getInstance() {
     return sInstance;
 }
 
+bool OffloadEventHandle::isDeviceOpen() {
+    return sInstance != nullptr && sInstance->mFd >= 0;
+}
+
 int OffloadEventHandle::submitRequest(const RequestLines& lines, vexa_app_type_e app, void* record) {
     OffloadEventHandle* inst = getInstance();
     if (inst == nullptr) {

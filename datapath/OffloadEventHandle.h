@@ -41,6 +41,10 @@ public:
                                uint64_t limitBytes);
     int sendTimeoutValue(vexa_app_type_e app);
 
+    // For the state dump: neither creates the client nor logs.
+    static bool isDeviceOpen();
+    static bool isEventThreadStarted();
+
     // Event thread and dispatch.
     static int createEventThread();
     static void* handleEvent(void* arg);

@@ -95,6 +95,12 @@ public:
                                                const android::hardware::hidl_handle& fd2,
                                                setHandles_cb hidl_cb) override;
 
+    // IBase: `lshal debug` gets a short report of the state on the descriptor it hands over. It
+    // logs nothing and changes nothing.
+    android::hardware::Return<void> debug(
+            const android::hardware::hidl_handle& fd,
+            const android::hardware::hidl_vec<android::hardware::hidl_string>& options) override;
+
     // Argument checks: they answer yes or no and log the reason; they touch no field.
     bool checkInterface(std::string iface);
     bool verifyIpAddress(std::string in, FAMILY fam);
@@ -121,6 +127,9 @@ private:
     bool downstreamArgsValid(const char* op, const std::string& iface, const std::string& prefix);
     void startDownstream(const std::string& iface);
     void stopDownstream(const std::string& iface);
+
+    // The text `debug` writes.
+    std::string stateReport() const;
 
     // Checks a quota call and fills `name` from the upstream when it may go to the device.
     Reply checkQuotaRequest(const char* op, const std::string& upstream,

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Builds the host executable and runs the service on a scenario (the USB tethering road unless
-# told otherwise). Arguments go to the executable: [--trace=text|jsonl] [SCENARIO].
+# told otherwise). Arguments go to the executable: [--trace=text|jsonl|logcat] [SCENARIO].
 # With no scenario and a terminal, `scripts/run.sh -` opens the interactive console.
 set -euo pipefail
 TETHEROFFLOAD_ROOT="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"

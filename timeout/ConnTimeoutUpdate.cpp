@@ -105,6 +105,10 @@ int ConnTimeoutUpdate::connTimeoutUpdater(vexa_dev_rsp_common_t* rsp) {
     return 0;
 }
 
+const char* ConnTimeoutUpdate::callbackVersion() const {
+    return mCallbackV1_1 != nullptr ? "1.1" : "1.0";
+}
+
 void ConnTimeoutUpdate::formatIP(unsigned char* addr) {
     memset(ipv4Addr, 0, sizeof(ipv4Addr));
     if (snprintf(ipv4Addr, sizeof(ipv4Addr), "%u.%u.%u.%u", addr[0], addr[1], addr[2], addr[3]) < 0) {

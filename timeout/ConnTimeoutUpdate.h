@@ -66,6 +66,9 @@ public:
     // Writes the dotted text of the four bytes at `addr` into ipv4Addr.
     void formatIP(unsigned char* addr);
 
+    // The version of the framework callback held: "1.1" or "1.0".
+    const char* callbackVersion() const;
+
 private:
     // The event thread delivers status events through the held callback.
     friend class OffloadEventHandle;

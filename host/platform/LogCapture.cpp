@@ -19,6 +19,8 @@
 
 #include <android/log.h>
 #include <pthread.h>
+#include <time.h>
+#include <unistd.h>
 
 #include <string>
 
@@ -39,6 +41,12 @@ void captureLine(const struct __android_logger_data* data, const char* message) 
     record.tag = data->tag != nullptr ? data->tag : "";
     record.msg = message != nullptr ? message : "";
     record.thread = currentThreadName();
+    struct timespec now;
+    clock_gettime(CLOCK_REALTIME, &now);
+    record.wallSec = now.tv_sec;
+    record.wallNsec = static_cast<int32_t>(now.tv_nsec);
+    record.pid = getpid();
+    record.tid = gettid();
     Recorder::instance().add(std::move(record));
 }
 

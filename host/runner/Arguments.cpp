@@ -27,6 +27,8 @@ Arguments parseArguments(int argc, const char* const* argv) {
             args.trace = TraceFormat::kText;
         } else if (arg == "--trace=jsonl") {
             args.trace = TraceFormat::kJsonl;
+        } else if (arg == "--trace=logcat") {
+            args.trace = TraceFormat::kLogcat;
         } else if (arg.size() > 1 && arg[0] == '-') {
             args.error = "unknown option '" + arg + "'";
         } else if (haveScenario) {

@@ -14,7 +14,8 @@
  * limitations under the License.
  */
 
-// The host executable's command line: tetheroffload-service [--trace=text|jsonl] [SCENARIO]
+// The host executable's command line:
+// tetheroffload-service [--trace=text|jsonl|logcat] [SCENARIO]
 
 #pragma once
 
@@ -22,7 +23,7 @@
 
 namespace hostrunner {
 
-enum class TraceFormat { kText, kJsonl };
+enum class TraceFormat { kText, kJsonl, kLogcat };
 
 struct Arguments {
     TraceFormat trace = TraceFormat::kText;
@@ -32,6 +33,7 @@ struct Arguments {
 
 Arguments parseArguments(int argc, const char* const* argv);
 
-constexpr const char* kUsage = "usage: tetheroffload-service [--trace=text|jsonl] [SCENARIO]";
+constexpr const char* kUsage =
+        "usage: tetheroffload-service [--trace=text|jsonl|logcat] [SCENARIO]";
 
 }  // namespace hostrunner

@@ -76,6 +76,9 @@ struct RemoveDownstream {
     std::string prefix;
 };
 
+// The service's state report, as `lshal debug` shows it.
+struct Dump {};
+
 // The modem. `modem event` and `modem conn` both hand the event thread one record.
 struct ModemEvent {
     std::vector<uint8_t> record;
@@ -136,8 +139,8 @@ struct Quit {};
 using CommandBody =
         std::variant<SetHandles, InitOffload, StopOffload, SetLocalPrefixes, GetForwardedStats,
                      SetDataLimit, SetDataWarningAndLimit, SetUpstreamParameters, AddDownstream,
-                     RemoveDownstream, ModemEvent, ModemReadFail, ModemStats, ModemIoctl, Agent,
-                     FrameworkState, Prop, Proc, Stderr, Wait, DeviceAbsent, Help, Quit>;
+                     RemoveDownstream, Dump, ModemEvent, ModemReadFail, ModemStats, ModemIoctl,
+                     Agent, FrameworkState, Prop, Proc, Stderr, Wait, DeviceAbsent, Help, Quit>;
 
 struct Command {
     int line = 0;

@@ -108,6 +108,11 @@ CommandBody removeDownstream(const Words& w, Checker* c) {
     return RemoveDownstream{w[0].text, w[1].text};
 }
 
+CommandBody dump(const Words& w, Checker* c) {
+    c->count(w, 0, 0);
+    return Dump{};
+}
+
 // ---- the modem
 
 struct EventName {
@@ -280,6 +285,7 @@ const std::map<std::string, Parser>& parsers() {
             {"setUpstreamParameters", setUpstreamParameters},
             {"addDownstream", addDownstream},
             {"removeDownstream", removeDownstream},
+            {"dump", dump},
             {"modem", modem},
             {"agent", agent},
             {"framework", framework},

@@ -47,6 +47,8 @@ const char* helpText() {
            "  setUpstreamParameters IFACE V4ADDR V4GW [V6GW ...]\n"
            "  addDownstream IFACE PREFIX\n"
            "  removeDownstream IFACE PREFIX\n"
+           "The service's state, as lshal debug shows it:\n"
+           "  dump\n"
            "The modem:\n"
            "  modem event STATUS [mcode=N] [msg=N] [app=N] [len=N] [payload=HEX] [read=N]\n"
            "  modem conn [dst_nat=N] [ip0=A.B.C.D] [ip1=..] [ip2=..] [port0=N] [port1=N]\n"

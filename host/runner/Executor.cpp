@@ -24,6 +24,7 @@
 #include <thread>
 
 #include "FrameworkCalls.h"
+#include "StateDump.h"
 #include "hostplatform/FakeAgent.h"
 #include "hostplatform/Framework.h"
 #include "hostplatform/ModemEmulator.h"
@@ -66,7 +67,8 @@ hostplatform::FakeAgent::Mode agentMode(Agent::Mode mode) {
     return hostplatform::FakeAgent::Mode::kUp;
 }
 
-// The world's commands; framework calls go elsewhere, console commands never get here.
+// The world's commands; framework calls and the dump go elsewhere, console commands never get
+// here.
 struct WorldChange {
     void operator()(const ModemEvent& c) const {
         // A record nobody reads is dropped without a trace, as the emulator promises.
@@ -118,6 +120,8 @@ void waitForEventThread() {
 void execute(const Command& command) {
     if (isFrameworkCall(command.body)) {
         makeFrameworkCall(command);
+    } else if (std::holds_alternative<Dump>(command.body)) {
+        dumpServiceState();
     } else {
         std::visit(WorldChange{}, command.body);
     }

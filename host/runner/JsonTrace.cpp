@@ -116,6 +116,10 @@ struct Fields {
         (*j)["line"] = r.line;
         (*j)["msg"] = r.msg;
     }
+    void operator()(const hostplatform::DumpRecord& r) {
+        (*j)["k"] = "dump";
+        (*j)["text"] = r.text;
+    }
 };
 
 }  // namespace

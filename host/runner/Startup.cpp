@@ -34,6 +34,7 @@
 #include "Console.h"
 #include "Executor.h"
 #include "JsonTrace.h"
+#include "LogcatTrace.h"
 #include "ScenarioParser.h"
 #include "TextTrace.h"
 #include "hostplatform/ModemEmulator.h"
@@ -78,6 +79,15 @@ void installTrace(TraceFormat format) {
     hostplatform::Recorder& recorder = hostplatform::Recorder::instance();
     if (format == TraceFormat::kJsonl) {
         recorder.addSink([](const hostplatform::Record& r) { writeLine(toJsonLine(r)); });
+        return;
+    }
+    if (format == TraceFormat::kLogcat) {
+        // Never destroyed, like the text trace below.
+        auto* logcat = new LogcatTrace();
+        recorder.addSink([logcat](const hostplatform::Record& r) {
+            std::string lines = logcat->format(r);
+            if (!lines.empty()) writeLine(std::move(lines));
+        });
         return;
     }
     // Never destroyed: the event thread may still record while the process exits.

@@ -158,6 +158,10 @@ struct TextFields {
         kind = "error";
         text = trace->paint(kRed, "line " + std::to_string(r.line) + ": " + r.msg);
     }
+    void operator()(const hostplatform::DumpRecord& r) {
+        kind = "dump";
+        text = quoted(r.text);
+    }
 };
 
 std::string TextTrace::format(const hostplatform::Record& record) {

@@ -19,6 +19,8 @@
 // the service's replies, and the console.
 
 #include <gtest/gtest.h>
+#include <stdlib.h>
+#include <time.h>
 
 #include <cstdio>
 #include <deque>
@@ -26,6 +28,7 @@
 
 #include "Console.h"
 #include "JsonTrace.h"
+#include "LogcatTrace.h"
 #include "ReplyCheck.h"
 #include "ScenarioParser.h"
 #include "TextTrace.h"
@@ -88,6 +91,8 @@ TEST(ScenarioLineTest, WordsQuotesEscapesNumbersAndComments) {
     }
     EXPECT_EQ("error: setHandles: number 3 out of range (at most 2)", reading("setHandles 1 3"));
     EXPECT_EQ("error: help: only in the console", reading("help"));
+    EXPECT_EQ("dump", reading("dump  # the state"));
+    EXPECT_EQ("error: dump: expected 0 arguments, got 1", reading("dump all"));
 }
 
 Record at(int64_t t, RecordBody body) {
@@ -124,6 +129,7 @@ TEST(TextTraceTest, WritesOneReadableLinePerRecord) {
             {stats, "reply             <-- 12: getForwardedStats rx=1 tx=2"},
             {ExitRecord{0}, "exit              status 0"},
             {ErrorRecord{3, "oops"}, "error             line 3: oops"},
+            {DumpRecord{"a: \"\"\n"}, "dump              \"a: \\\"\\\"\\n\""},
     };
     TextTrace trace(false);
     for (const auto& [body, text] : cases) {
@@ -131,6 +137,30 @@ TEST(TextTraceTest, WritesOneReadableLinePerRecord) {
     }
     const std::string coloured = TextTrace(true).format(at(0, LogRecord{6, "T", "x", "main"}));
     EXPECT_NE(std::string::npos, coloured.find("\033[31mE T: x\033[0m")) << coloured;
+}
+
+LogRecord logAt(int prio, const std::string& msg, int64_t wallSec, int32_t wallNsec) {
+    LogRecord log{prio, "TetherOffload", msg, "HandleEvent"};
+    log.wallSec = wallSec;
+    log.wallNsec = wallNsec;
+    log.pid = 123;
+    log.tid = 4567;
+    return log;
+}
+
+TEST(LogcatTraceTest, ShowsOnlyLogLinesOneOutputLineForEachLineOfAMessage) {
+    setenv("TZ", "UTC", 1);
+    tzset();
+    LogcatTrace trace;
+    const std::string head = "11-14 22:13:20.005   123  4567 ";
+    EXPECT_EQ(
+            head + "I TetherOffload:  recv VEXA_STARTED msg from MD",
+            trace.format(at(0, logAt(4, " recv VEXA_STARTED msg from MD\n", 1700000000, 5000000))));
+    EXPECT_EQ(head + "E TetherOffload: wan\n" + head + "E TetherOffload: if0 ",
+              trace.format(at(0, logAt(6, "wan\nif0 ", 1700000000, 5999999))));
+    EXPECT_EQ(head + "W TetherOffload: ", trace.format(at(0, logAt(5, "", 1700000000, 5000000))));
+    EXPECT_EQ("", trace.format(at(0, ExitRecord{0})));
+    EXPECT_EQ("", trace.format(at(0, CallRecord{3, "stopOffload", {}})));
 }
 
 template <typename T>
@@ -175,9 +205,11 @@ TEST(VexaDecoderTest, NamesEveryFieldOfRequestsAndEvents) {
     EXPECT_EQ("54000000000000000000000000000000...+240 zero bytes", toShortHex(stats));
 }
 
-TEST(JsonTraceTest, ErrorRecordsAndAnyBytesStayValidJson) {
+TEST(JsonTraceTest, ErrorAndDumpRecordsAndAnyBytesStayValidJson) {
     EXPECT_EQ(R"({"k":"error","t":5,"line":3,"msg":"wait: malformed number 'x'"})",
               toJsonLine(at(5, ErrorRecord{3, "wait: malformed number 'x'"})));
+    EXPECT_EQ(R"({"k":"dump","t":6,"text":"a: \"\"\n"})",
+              toJsonLine(at(6, DumpRecord{"a: \"\"\n"})));
     const std::string line =
             toJsonLine(at(1, LogRecord{6, "T", std::string("\xff\"q\" \x01\n"), "x"}));
     EXPECT_EQ(std::string::npos, line.find('\n'));

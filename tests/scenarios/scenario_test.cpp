@@ -175,6 +175,60 @@ INSTANTIATE_TEST_SUITE_P(Examples, GoldenTest, ::testing::ValuesIn(exampleNames(
                              return name;
                          });
 
+// The log texts from the first framework call on, pointers and descriptors masked.
+std::vector<std::string> logTextsFromFirstCall(const std::vector<Json>& records) {
+    std::vector<std::string> out;
+    bool called = false;
+    for (const Json& r : records) {
+        called = called || r.value("k", "") == "call";
+        if (called && r.value("k", "") == "log") out.push_back(stableForm(r).value("msg", ""));
+    }
+    return out;
+}
+
+TEST(DumpTest, AfterEachStepOfTheUsbExampleShowsTheStateTheLogTells) {
+    const std::string example = std::string(TETHEROFFLOAD_EXAMPLES) + "/usb-tethering.scenario";
+    std::string script;
+    for (const std::string& line : lines(readFile(example))) {
+        script += line + "\n";
+        const size_t start = line.find_first_not_of(" \t");
+        if (start != std::string::npos && line[start] != '#') script += "dump\n";
+    }
+    const ServiceRun withDumps = runService("--trace=jsonl", script);
+    const ServiceRun plain = runService("--trace=jsonl " + example);
+    ASSERT_EQ(0, withDumps.status) << withDumps.err;
+    ASSERT_EQ(0, plain.status) << plain.err;
+    const std::vector<Json> records = parseTrace(withDumps.out);
+    EXPECT_EQ(logTextsFromFirstCall(parseTrace(plain.out)), logTextsFromFirstCall(records))
+            << "a dump logged something";
+
+    auto state = [](const char* init, const char* up, const char* usb, const char* usbOffload) {
+        return std::string("TetherOffloadHal\n  initialised: ") + init + "\n  upstream: \"" + up +
+               "\"\n  USB downstream: \"" + usb +
+               "\"\n  Wi-Fi downstream: \"\"\n  USB offload: " + usbOffload +
+               "\n  Wi-Fi offload: inactive\n  data-path device: open\n  event thread: started\n";
+    };
+    const std::string idle = state("no", "", "", "inactive");
+    const std::string active = state("yes, callback 1.1", "wanif0", "mdbr0", "active");
+    // clang-format off
+    const std::vector<std::string> expected = {
+            idle, idle, idle,                                      // proc, proc, prop
+            state("yes, callback 1.1", "", "", "inactive"),        // initOffload ++ ... --
+            state("yes, callback 1.1", "", "mdbr0", "inactive"),   // down-if:mdbr0; up-if:
+            active,                                                // active usb vexa (up wanif0)
+            active, active, active,                                // the modem's three events
+            state("yes, callback 1.1", "wanif0", "", "inactive"),  // de-active usb vexa
+            idle,                                                  // stopOffload()
+    };
+    // clang-format on
+    std::vector<std::string> dumps;
+    for (const Json& r : records) {
+        if (r.value("k", "") == "dump") dumps.push_back(r.value("text", ""));
+    }
+    ASSERT_EQ(expected.size(), dumps.size());
+    for (size_t i = 0; i < dumps.size(); ++i) EXPECT_EQ(expected[i], dumps[i]) << "dump " << i + 1;
+}
+
 const std::string kPinnedProc = "proc tcp \"432000\\n\"\nproc udp \"180\\n\"\n";
 
 TEST(StartupTest, ThreadpoolThenRegistersThenOpenThenTheEventThread) {

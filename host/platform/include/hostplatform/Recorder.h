@@ -43,6 +43,11 @@ struct LogRecord {
     std::string tag;
     std::string msg;
     std::string thread;
+    // What logcat shows beside the line; the JSON Lines and text traces leave them out.
+    int64_t wallSec = 0;  // CLOCK_REALTIME
+    int32_t wallNsec = 0;
+    int32_t pid = 0;
+    int32_t tid = 0;
 };
 
 struct OpenRecord {
@@ -108,9 +113,13 @@ struct ErrorRecord {
     std::string msg;
 };
 
-using RecordBody =
-        std::variant<ThreadpoolRecord, RegisterRecord, LogRecord, OpenRecord, IoctlRecord, ReadRecord,
-                     AgentRecord, CallbackRecord, CallRecord, ReplyRecord, ExitRecord, ErrorRecord>;
+struct DumpRecord {
+    std::string text;  // all the service wrote to the descriptor
+};
+
+using RecordBody = std::variant<ThreadpoolRecord, RegisterRecord, LogRecord, OpenRecord,
+                                IoctlRecord, ReadRecord, AgentRecord, CallbackRecord, CallRecord,
+                                ReplyRecord, ExitRecord, ErrorRecord, DumpRecord>;
 
 struct Record {
     int64_t tMicros = 0;  // since the recorder was created, monotonic

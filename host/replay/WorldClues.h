@@ -1,0 +1,32 @@
+/*
+ * Copyright (C) 2026 The Tether Offload Project
+ *
+ * Licensed under the Apache License, Version 2.0 (the "License");
+ * you may not use this file except in compliance with the License.
+ * You may obtain a copy of the License at
+ *
+ *      http://www.apache.org/licenses/LICENSE-2.0
+ *
+ * Unless required by applicable law or agreed to in writing, software
+ * distributed under the License is distributed on an "AS IS" BASIS,
+ * WITHOUT WARRANTIES OR CONDITIONS OF ANY KIND, either express or implied.
+ * See the License for the specific language governing permissions and
+ * limitations under the License.
+ */
+
+// What the world was like during a framework call, as its lines tell it: how the data-path
+// device answered, what the conntrack files held, whether the network agent and standard error
+// worked.
+
+#pragma once
+
+#include <vector>
+
+#include "ServiceLog.h"
+#include "Step.h"
+
+namespace hostreplay {
+
+void collectWorldClues(const std::vector<const ServiceLine*>& lines, Step* step);
+
+}  // namespace hostreplay

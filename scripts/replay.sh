@@ -1,0 +1,12 @@
+#!/usr/bin/env bash
+# Builds tetheroffload-replay and turns a captured log into a scenario on standard output.
+# Arguments go to the tool: [--pid PID] [LOGCAT] (standard input without a file).
+#   adb logcat -v threadtime -d > capture.txt && scripts/replay.sh capture.txt > replay.scenario
+set -euo pipefail
+TETHEROFFLOAD_ROOT="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
+source "$TETHEROFFLOAD_ROOT/scripts/deps.sh"
+
+install_missing_packages >&2
+cmake -S "$TETHEROFFLOAD_ROOT" -B "$TETHEROFFLOAD_ROOT/build" >/dev/null
+cmake --build "$TETHEROFFLOAD_ROOT/build" --target tetheroffload-replay -j "$(nproc)" >&2
+exec "$TETHEROFFLOAD_ROOT/build/host/replay/tetheroffload-replay" "$@"
