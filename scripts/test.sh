@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# Runs the whole test suite: plain, under AddressSanitizer + UndefinedBehaviorSanitizer, and the
-# threaded tests under ThreadSanitizer. Installs what it needs first.
+# Runs the whole test suite: plain, under AddressSanitizer + UndefinedBehaviorSanitizer, the
+# threaded tests under ThreadSanitizer, and a short run of every fuzz target. Installs what it
+# needs first.
 set -euo pipefail
 TETHEROFFLOAD_ROOT="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 source "$TETHEROFFLOAD_ROOT/scripts/deps.sh"
@@ -23,5 +24,8 @@ echo "== ThreadSanitizer (threaded tests)"
 configure_and_build build-tsan -DTETHEROFFLOAD_SANITIZE=thread -DCMAKE_BUILD_TYPE=Debug
 TSAN_OPTIONS=halt_on_error=1:second_deadlock_stack=1 \
     ctest --test-dir "$TETHEROFFLOAD_ROOT/build-tsan" --output-on-failure -j "$(nproc)"
+
+echo "== fuzz targets (smoke run from the checked-in corpus)"
+"$TETHEROFFLOAD_ROOT/scripts/fuzz.sh" --smoke
 
 echo "All tests passed."
