@@ -254,12 +254,14 @@ void followRequests(const std::vector<std::vector<uint8_t>>& requests, bool* usb
 }
 
 // The closing line "setUpstreamParameters up-if:%s; down-if(%s,%s)\n" shows both stored
-// downstreams. liblog may have cut a long line; then there is nothing to read.
+// downstreams. liblog cuts a line at its buffer; then there is nothing to read.
 void checkStoredDownstreams(const hidl_string& iface) {
+    constexpr size_t kLogBufferText = 1023;
     const std::string head =
             "setUpstreamParameters up-if:" + std::string(iface.c_str()) + "; down-if(";
     for (const std::string& line : gObserved.logLines) {
         if (line.rfind(head, 0) != 0) continue;
+        if (line.size() >= kLogBufferText) return;
         const std::string tail = line.substr(head.size());
         if (tail.size() < 3 || tail.compare(tail.size() - 2, 2, ")\n") != 0) return;
         const std::string expected = std::string(gOffload.usbStored ? "mdbr0" : "") + "," +
@@ -458,7 +460,8 @@ void record(std::vector<std::string>* trace, const char* op, const Reply& r) {
 }
 
 // Reveals every field: the closing lines show the upstream and both downstreams, a non-modem
-// upstream ends whatever offload is flagged, and a modem upstream starts every stored downstream.
+// upstream ends whatever offload is flagged with its downstream, and a modem upstream then starts
+// both downstreams unless a flag was left set.
 std::vector<std::string> probe(TetherOffloadHal& hal) {
     const World saved = gWorld;
     gWorld = World();
@@ -484,6 +487,15 @@ std::vector<std::string> probe(TetherOffloadHal& hal) {
         return statusCall("setUpstreamParameters", [&](auto cb) {
             return hal.setUpstreamParameters("rmnet_data0", "", "", none, cb);
         });
+    });
+    step("addDownstream", [&] {
+        return statusCall("addDownstream", [&](auto cb) {
+            return hal.addDownstream("mdbr0", "192.168.42.0/24", cb);
+        });
+    });
+    step("addDownstream", [&] {
+        return statusCall("addDownstream",
+                          [&](auto cb) { return hal.addDownstream("ap0", "fe80::/64", cb); });
     });
     step("setUpstreamParameters", [&] {
         return statusCall("setUpstreamParameters", [&](auto cb) {
