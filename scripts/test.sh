@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Runs the whole test suite: plain with g++, under AddressSanitizer + UndefinedBehaviorSanitizer
-# with clang (the device's compiler) and an unsigned char (as on the device's arm64), and the
-# threaded tests under ThreadSanitizer with g++. Installs what it needs first.
+# with clang (the device's compiler) and an unsigned char (as on the device's arm64), the threaded
+# tests under ThreadSanitizer with g++, and a short run of every fuzz target. Installs what it
+# needs first.
 set -euo pipefail
 TETHEROFFLOAD_ROOT="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 source "$TETHEROFFLOAD_ROOT/scripts/deps.sh"
@@ -41,5 +42,8 @@ echo "== ThreadSanitizer (threaded tests, g++)"
 build_with build-tsan g++ -DTETHEROFFLOAD_SANITIZE=thread -DCMAKE_BUILD_TYPE=Debug
 TSAN_OPTIONS=halt_on_error=1:second_deadlock_stack=1 \
     ctest --test-dir "$TETHEROFFLOAD_ROOT/build-tsan" --output-on-failure -j "$(nproc)"
+
+echo "== fuzz targets (smoke run from the checked-in corpus)"
+"$TETHEROFFLOAD_ROOT/scripts/fuzz.sh" --smoke
 
 echo "All tests passed."

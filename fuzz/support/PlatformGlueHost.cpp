@@ -1,0 +1,50 @@
+/*
+ * Copyright (C) 2026 The Tether Offload Project
+ *
+ * Licensed under the Apache License, Version 2.0 (the "License");
+ * you may not use this file except in compliance with the License.
+ * You may obtain a copy of the License at
+ *
+ *      http://www.apache.org/licenses/LICENSE-2.0
+ *
+ * Unless required by applicable law or agreed to in writing, software
+ * distributed under the License is distributed on an "AS IS" BASIS,
+ * WITHOUT WARRANTIES OR CONDITIONS OF ANY KIND, either express or implied.
+ * See the License for the specific language governing permissions and
+ * limitations under the License.
+ */
+
+// The host side: Debian's liblog, and the host layer's property store.
+
+#include <android/log.h>
+
+#include <utility>
+
+#include "fuzz/support/PlatformGlue.h"
+#include "hostplatform/Properties.h"
+
+namespace fuzzsupport {
+namespace {
+
+LogObserver& observer() {
+    static auto* o = new LogObserver();
+    return *o;
+}
+
+void dropLine(const struct __android_logger_data*, const char* message) {
+    if (observer() && message != nullptr) observer()(message);
+}
+
+}  // namespace
+
+void silenceLog(LogObserver o) {
+    observer() = std::move(o);
+    __android_log_set_logger(dropLine);
+    __android_log_set_minimum_priority(ANDROID_LOG_VERBOSE);
+}
+
+void setBuildType(const std::string& type) {
+    hostplatform::Properties::set("ro.build.type", type);
+}
+
+}  // namespace fuzzsupport
