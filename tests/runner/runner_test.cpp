@@ -31,7 +31,7 @@
 #include "TextTrace.h"
 #include "VexaDecoder.h"
 #include "datapath/vexa_protocol.h"
-#include "hostplatform/Recorder.h"
+#include "tests/support/RetainingSink.h"
 
 namespace hostrunner {
 namespace {
@@ -237,7 +237,7 @@ std::string contents(FILE* f) {
 }
 
 TEST(ConsoleTest, ReportsBadLinesAndGoesOnUntilQuit) {
-    Recorder::instance().clear();
+    testsupport::recorded().clear();
     FILE* out = tmpfile();
     FILE* err = tmpfile();
     ScriptedLines lines(
@@ -249,7 +249,7 @@ TEST(ConsoleTest, ReportsBadLinesAndGoesOnUntilQuit) {
             "<stdin>:2: unknown command 'launch'\n"
             "<stdin>:4: device absent: only at the start of a script\n",
             contents(err));
-    const std::vector<ErrorRecord> errors = Recorder::instance().all<ErrorRecord>();
+    const std::vector<ErrorRecord> errors = testsupport::recorded().all<ErrorRecord>();
     ASSERT_EQ(2u, errors.size());
     EXPECT_EQ(4, errors[1].line);
     EXPECT_EQ("device absent: only at the start of a script", errors[1].msg);
