@@ -16,13 +16,16 @@
 
 // The hand-over of event records from the controlling thread to the thread blocked in read() on
 // the emulated device. One record is offered at a time; the offer ends when the reader has taken
-// it and come back to read() again, so that everything the record caused has happened.
+// it and come back to read() again, so that everything the record caused has happened. Records
+// may also be queued: each read takes the next one at once, without that hand-shake.
 
 #pragma once
 
 #include <stddef.h>
 #include <stdint.h>
+#include <sys/types.h>
 
+#include <array>
 #include <chrono>
 #include <condition_variable>
 #include <mutex>
@@ -37,31 +40,61 @@ struct Delivery {
     int errnum = 0;       // non-zero: read() fails with this errno instead
 };
 
+// What one read() got: `size` bytes in the reader's buffer, or the errno of a failure.
+struct TakenRead {
+    size_t size = 0;
+    int errnum = 0;
+};
+
 class EventChannel {
 public:
+    static constexpr size_t kMaxRecord = 272;  // the most one read returns
+    static constexpr size_t kQueueCapacity = 4096;
+
     // True once a reader took `delivery` and blocked in take() again. False when no reader took
-    // it within `timeout` (it is dropped), or when the reader did not come back within `timeout`
-    // after taking it.
+    // it within `timeout` (it is dropped), or when the reader did not come back within another
+    // `timeout` after that.
     bool deliver(Delivery delivery, std::chrono::milliseconds timeout);
 
-    // Blocks until a delivery is offered.
-    Delivery take();
+    // Queues `copies` copies of the record (its first kMaxRecord bytes), each to be read as
+    // `readSize` bytes. Returns how many were queued: at most kQueueCapacity wait at a time.
+    size_t enqueue(const std::vector<uint8_t>& record, size_t readSize, size_t copies);
+
+    // Waits until the queue is empty and a reader is blocked in take() again.
+    bool waitDrained(std::chrono::milliseconds timeout);
+
+    // Blocks until a queued record or a delivery is there, and reads it into `buf` (at most
+    // `count` bytes; bytes past the end of the record read as zero). Queued records come first.
+    TakenRead take(uint8_t* buf, size_t count);
 
     // Waits until some reader is blocked in take().
     bool waitBlocked(std::chrono::milliseconds timeout);
 
 private:
+    struct QueuedRecord {
+        std::array<uint8_t, kMaxRecord> bytes;
+        size_t size;
+        size_t readSize;
+    };
+
     bool offer(Delivery delivery, std::unique_lock<std::mutex>& lock,
                std::chrono::steady_clock::time_point deadline);
+    TakenRead takeQueued(uint8_t* buf, size_t count);
+    TakenRead takePending(uint8_t* buf, size_t count);
 
     std::mutex mLock;
-    std::condition_variable mChanged;
+    std::condition_variable mForReader;      // a delivery or a queued record came
+    std::condition_variable mForController;  // a reader blocked, or the pending offer went
     std::optional<Delivery> mPending;
     uint64_t mLastOffered = 0;  // id of the latest offer
     uint64_t mLastTaken = 0;    // id of the latest offer a reader took
     int mBlockedReaders = 0;
-    uint64_t mBlockings = 0;        // how many times a reader began to wait
-    uint64_t mBlockingsAtTake = 0;  // mBlockings when the latest offer was taken
+    uint64_t mBlockings = 0;           // how many times a reader began to wait
+    uint64_t mBlockingsAtTake = 0;     // mBlockings when the latest offer was taken
+    int mWaitingForRoom = 0;           // controllers waiting for another one's offer to go
+    std::vector<QueuedRecord> mQueue;  // a ring, sized on first use
+    size_t mQueueHead = 0;
+    size_t mQueued = 0;
 };
 
 }  // namespace hostplatform

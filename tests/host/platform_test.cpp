@@ -15,8 +15,8 @@
  */
 
 // The stand-in's platform side: the emulated modem (ioctl decoding and answers, open, event
-// delivery through read), the conntrack files, property_get, the log capture, the standard error
-// switch, and the peers switched while other threads use them.
+// delivery through read, queued records), the conntrack files, property_get, the log capture, the
+// standard error switch, and the peers switched while other threads use them.
 
 #include <android/hardware/tetheroffload/control/1.1/ITetheringOffloadCallback.h>
 #include <android/log.h>
@@ -298,6 +298,37 @@ TEST_F(ModemTest, UntakenRecordIsDroppedAfterTheTimeout) {
     reader.stop();
     ASSERT_EQ(1u, reader.results.size());
     EXPECT_EQ(event(5, 0), reader.results[0].bytes);
+}
+
+TEST_F(ModemTest, QueuedRecordsAreReadInOrderWithoutAHandShake) {
+    const Bytes started = event(1, 0), conn = event(6, 28);
+    EXPECT_EQ(2u, modem.queueEvents(started, started.size(), 2));  // before any reader
+    EXPECT_EQ(1u, modem.queueEvents(conn, 20, 1));
+    Reader reader(sFd, ModemEmulator::kMaxRead);
+    ASSERT_TRUE(modem.waitQueueDrained());
+    EXPECT_EQ(3, reader.handled);
+    reader.stop();
+    ASSERT_EQ(3u, reader.results.size());
+    EXPECT_EQ(started, reader.results[0].bytes);
+    EXPECT_EQ(started, reader.results[1].bytes);
+    EXPECT_EQ(Bytes(conn.begin(), conn.begin() + 20), reader.results[2].bytes);
+    const std::vector<ReadRecord> reads = testsupport::recorded().all<ReadRecord>();
+    ASSERT_EQ(4u, reads.size());  // and the stop
+    EXPECT_EQ(20, reads[2].ret);
+    EXPECT_EQ(reader.results[2].bytes, reads[2].bytes);
+}
+
+TEST_F(ModemTest, QueueTakesNoMoreThanItsCapacity) {
+    const Bytes started = event(1, 0);
+    const size_t capacity = ModemEmulator::kQueueCapacity;
+    EXPECT_EQ(capacity, modem.queueEvents(started, started.size(), capacity + 5));
+    EXPECT_EQ(0u, modem.queueEvents(started, started.size(), 1));
+    Reader reader(sFd, ModemEmulator::kMaxRead);
+    ASSERT_TRUE(modem.waitQueueDrained());
+    EXPECT_EQ(static_cast<int>(capacity), reader.handled);
+    EXPECT_EQ(1u, modem.queueEvents(started, started.size(), 1)) << "room again once read";
+    ASSERT_TRUE(modem.waitQueueDrained());
+    EXPECT_EQ(static_cast<int>(capacity) + 1, reader.handled);
 }
 
 // Reads a stream to its end in small freads, as the service does, and closes it.

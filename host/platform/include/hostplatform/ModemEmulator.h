@@ -31,6 +31,7 @@ class ModemEmulator {
 public:
     static constexpr const char* kDevicePath = "/dev/vexa";
     static constexpr size_t kMaxRead = 272;
+    static constexpr size_t kQueueCapacity = 4096;
 
     static ModemEmulator& instance();
 
@@ -57,6 +58,15 @@ public:
 
     // Makes the next read() fail with `errnum`, with the same synchronisation as deliverEvent.
     bool deliverReadFailure(int errnum, std::chrono::milliseconds timeout = kDeliveryTimeout);
+
+    // Queued mode, for measuring the reader alone: `copies` copies of `record` wait on the device
+    // and each read() takes the next one at once, with no hand-shake (queued records come before
+    // a delivery). A record holds at most kMaxRead bytes. Returns how many were queued: at most
+    // kQueueCapacity wait at a time.
+    size_t queueEvents(const std::vector<uint8_t>& record, size_t readSize, size_t copies);
+
+    // Waits until every queued record has been read and the reader is blocked in read() again.
+    bool waitQueueDrained(std::chrono::milliseconds timeout = kDeliveryTimeout);
 
     // Waits until a reader is blocked in read() on the device. False after `timeout`, or at once
     // when the device was never opened.
