@@ -15,17 +15,14 @@
  */
 
 // The host executable's pieces that the example traces do not show: the word and number rules of
-// a scenario line, the text trace, the JSON of what no example records, the stub-rule checks on
-// the service's replies, and the console.
+// a scenario line, the text trace, the stub-rule checks on the service's replies, and the console.
 
 #include <gtest/gtest.h>
 
 #include <cstdio>
 #include <deque>
-#include <nlohmann/json.hpp>
 
 #include "Console.h"
-#include "JsonTrace.h"
 #include "ReplyCheck.h"
 #include "ScenarioParser.h"
 #include "TextTrace.h"
@@ -173,16 +170,6 @@ TEST(VexaDecoderTest, NamesEveryFieldOfRequestsAndEvents) {
     Bytes stats(256, 0);
     stats[0] = 0x54;
     EXPECT_EQ("54000000000000000000000000000000...+240 zero bytes", toShortHex(stats));
-}
-
-TEST(JsonTraceTest, ErrorRecordsAndAnyBytesStayValidJson) {
-    EXPECT_EQ(R"({"k":"error","t":5,"line":3,"msg":"wait: malformed number 'x'"})",
-              toJsonLine(at(5, ErrorRecord{3, "wait: malformed number 'x'"})));
-    const std::string line =
-            toJsonLine(at(1, LogRecord{6, "T", std::string("\xff\"q\" \x01\n"), "x"}));
-    EXPECT_EQ(std::string::npos, line.find('\n'));
-    const std::string msg = nlohmann::json::parse(line)["msg"];
-    EXPECT_NE(std::string::npos, msg.find("\"q\" \x01\n")) << line;
 }
 
 using ReplyCheckDeathTest = ::testing::Test;
