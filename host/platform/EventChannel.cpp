@@ -57,10 +57,10 @@ bool EventChannel::deliver(Delivery delivery, std::chrono::milliseconds timeout)
 bool EventChannel::offer(Delivery delivery, std::unique_lock<std::mutex>& lock,
                          steady_clock::time_point deadline) {
     // A second controller waits for the first one's record to go.
-    ++mWaitingForRoom;
+    ++mWaitingForOffer;
     const bool room =
             mForController.wait_until(lock, deadline, [&] { return !mPending.has_value(); });
-    --mWaitingForRoom;
+    --mWaitingForOffer;
     if (!room) return false;
     ++mLastOffered;
     mPending = std::move(delivery);
@@ -68,25 +68,55 @@ bool EventChannel::offer(Delivery delivery, std::unique_lock<std::mutex>& lock,
     return true;
 }
 
-size_t EventChannel::enqueue(const std::vector<uint8_t>& record, size_t readSize, size_t copies) {
+bool EventChannel::enqueue(const Delivery& delivery, std::chrono::milliseconds timeout) {
+    std::unique_lock<std::mutex> lock(mLock);
+    if (mQueue.empty()) mQueue.resize(kQueueCapacity);
+    if (mQueued == kQueueCapacity) {
+        // Refilled from half empty, so that the reader is not woken for every record.
+        mWaitingForRoom = true;
+        const bool room =
+                waitWhileReading(lock, timeout, [&] { return mQueued <= kQueueCapacity / 2; });
+        mWaitingForRoom = false;
+        if (!room) return false;
+    }
+    put(delivery.record.data(), delivery.record.size(), delivery.readSize, delivery.errnum);
+    return true;
+}
+
+size_t EventChannel::enqueueCopies(const std::vector<uint8_t>& record, size_t readSize,
+                                   size_t copies) {
     std::lock_guard<std::mutex> lock(mLock);
     if (mQueue.empty()) mQueue.resize(kQueueCapacity);
     const size_t queued = std::min(copies, kQueueCapacity - mQueued);
-    for (size_t i = 0; i < queued; ++i) {
-        QueuedRecord& slot = mQueue[(mQueueHead + mQueued + i) % kQueueCapacity];
-        slot.size = std::min(record.size(), kMaxRecord);
-        std::copy_n(record.begin(), slot.size, slot.bytes.begin());
-        slot.readSize = std::min(readSize, kMaxRecord);
-    }
-    mQueued += queued;
-    if (queued > 0) mForReader.notify_all();
+    for (size_t i = 0; i < queued; ++i) put(record.data(), record.size(), readSize, 0);
     return queued;
+}
+
+void EventChannel::put(const uint8_t* record, size_t size, size_t readSize, int errnum) {
+    QueuedRecord& slot = mQueue[(mQueueHead + mQueued) % kQueueCapacity];
+    slot.size = std::min(size, kMaxRecord);
+    std::copy_n(record, slot.size, slot.bytes.begin());
+    slot.readSize = std::min(readSize, kMaxRecord);
+    slot.errnum = errnum;
+    // Only the first record wakes a reader: the others it finds when it comes back.
+    if (++mQueued == 1) mForReader.notify_all();
 }
 
 bool EventChannel::waitDrained(std::chrono::milliseconds timeout) {
     std::unique_lock<std::mutex> lock(mLock);
-    return mForController.wait_for(lock, timeout,
-                                   [&] { return mQueued == 0 && mBlockedReaders > 0; });
+    return waitWhileReading(lock, timeout, [&] { return mQueued == 0 && mBlockedReaders > 0; });
+}
+
+template <typename Done>
+bool EventChannel::waitWhileReading(std::unique_lock<std::mutex>& lock,
+                                    std::chrono::milliseconds timeout, Done done) {
+    for (;;) {
+        const uint64_t takenBefore = mQueueTaken;
+        if (mForController.wait_for(lock, timeout, done)) return true;
+        if (mQueueTaken != takenBefore) continue;  // slow, but reading
+        mQueued = 0;  // nobody reads them: lost, as the driver would lose them
+        return false;
+    }
 }
 
 TakenRead EventChannel::take(uint8_t* buf, size_t count) {
@@ -104,9 +134,13 @@ TakenRead EventChannel::take(uint8_t* buf, size_t count) {
 TakenRead EventChannel::takeQueued(uint8_t* buf, size_t count) {
     const QueuedRecord& slot = mQueue[mQueueHead];
     TakenRead read;
-    read.size = copyRead(slot.bytes.data(), slot.size, slot.readSize, buf, count);
+    read.errnum = slot.errnum;
+    if (read.errnum == 0)
+        read.size = copyRead(slot.bytes.data(), slot.size, slot.readSize, buf, count);
     mQueueHead = (mQueueHead + 1) % kQueueCapacity;
     --mQueued;
+    ++mQueueTaken;
+    if (mWaitingForRoom && mQueued == kQueueCapacity / 2) mForController.notify_all();
     return read;
 }
 
@@ -120,7 +154,7 @@ TakenRead EventChannel::takePending(uint8_t* buf, size_t count) {
     mPending.reset();
     mLastTaken = mLastOffered;
     mBlockingsAtTake = mBlockings;
-    if (mWaitingForRoom > 0) mForController.notify_all();
+    if (mWaitingForOffer > 0) mForController.notify_all();
     return read;
 }
 

@@ -56,11 +56,16 @@ public:
     // `timeout` after that.
     bool deliver(Delivery delivery, std::chrono::milliseconds timeout);
 
-    // Queues `copies` copies of the record (its first kMaxRecord bytes), each to be read as
-    // `readSize` bytes. Returns how many were queued: at most kQueueCapacity wait at a time.
-    size_t enqueue(const std::vector<uint8_t>& record, size_t readSize, size_t copies);
+    // Queues the delivery after those already waiting. When the queue is full, waits for room as
+    // long as the reader takes records; false when it took none within `timeout` (the delivery
+    // is dropped).
+    bool enqueue(const Delivery& delivery, std::chrono::milliseconds timeout);
 
-    // Waits until the queue is empty and a reader is blocked in take() again.
+    // Queues `copies` copies of the record as far as there is room; returns how many.
+    size_t enqueueCopies(const std::vector<uint8_t>& record, size_t readSize, size_t copies);
+
+    // Waits until the queue is empty and a reader is blocked in take() again, as long as the
+    // reader takes records. False when it took none within `timeout`: what is left is dropped.
     bool waitDrained(std::chrono::milliseconds timeout);
 
     // Blocks until a queued record or a delivery is there, and reads it into `buf` (at most
@@ -75,26 +80,35 @@ private:
         std::array<uint8_t, kMaxRecord> bytes;
         size_t size;
         size_t readSize;
+        int errnum;
     };
 
     bool offer(Delivery delivery, std::unique_lock<std::mutex>& lock,
                std::chrono::steady_clock::time_point deadline);
+    void put(const uint8_t* record, size_t size, size_t readSize, int errnum);
+    // Waits on the controller's side until `done`, or until the reader took no queued record
+    // within `timeout`; then the queue is emptied and false returned.
+    template <typename Done>
+    bool waitWhileReading(std::unique_lock<std::mutex>& lock, std::chrono::milliseconds timeout,
+                          Done done);
     TakenRead takeQueued(uint8_t* buf, size_t count);
     TakenRead takePending(uint8_t* buf, size_t count);
 
     std::mutex mLock;
     std::condition_variable mForReader;      // a delivery or a queued record came
-    std::condition_variable mForController;  // a reader blocked, or the pending offer went
+    std::condition_variable mForController;  // a reader blocked, an offer went, room came
     std::optional<Delivery> mPending;
     uint64_t mLastOffered = 0;  // id of the latest offer
     uint64_t mLastTaken = 0;    // id of the latest offer a reader took
     int mBlockedReaders = 0;
     uint64_t mBlockings = 0;           // how many times a reader began to wait
     uint64_t mBlockingsAtTake = 0;     // mBlockings when the latest offer was taken
-    int mWaitingForRoom = 0;           // controllers waiting for another one's offer to go
+    int mWaitingForOffer = 0;          // controllers waiting for another one's offer to go
     std::vector<QueuedRecord> mQueue;  // a ring, sized on first use
     size_t mQueueHead = 0;
     size_t mQueued = 0;
+    uint64_t mQueueTaken = 0;      // how many queued records readers took
+    bool mWaitingForRoom = false;  // a controller waits for the queue to half empty
 };
 
 }  // namespace hostplatform

@@ -61,9 +61,18 @@ bool ModemEmulator::deliverReadFailure(int errnum, std::chrono::milliseconds tim
     return mState->device.events().deliver(Delivery{{}, 0, errnum}, timeout);
 }
 
+bool ModemEmulator::queueEvent(const std::vector<uint8_t>& record, size_t readSize,
+                               std::chrono::milliseconds timeout) {
+    return mState->device.events().enqueue(Delivery{record, readSize, 0}, timeout);
+}
+
+bool ModemEmulator::queueReadFailure(int errnum, std::chrono::milliseconds timeout) {
+    return mState->device.events().enqueue(Delivery{{}, 0, errnum}, timeout);
+}
+
 size_t ModemEmulator::queueEvents(const std::vector<uint8_t>& record, size_t readSize,
                                   size_t copies) {
-    return mState->device.events().enqueue(record, readSize, copies);
+    return mState->device.events().enqueueCopies(record, readSize, copies);
 }
 
 bool ModemEmulator::waitQueueDrained(std::chrono::milliseconds timeout) {

@@ -20,6 +20,7 @@
 // joinRpcThreadpool. Everything it touches is reached through function-local statics, so the
 // order of other files' static constructors does not matter.
 
+#include <android/log.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <unistd.h>
@@ -36,6 +37,7 @@
 #include "JsonTrace.h"
 #include "ScenarioParser.h"
 #include "TextTrace.h"
+#include "TraceWriter.h"
 #include "hostplatform/ModemEmulator.h"
 #include "hostplatform/Recorder.h"
 #include "hostplatform/ServiceRegistry.h"
@@ -68,26 +70,60 @@ std::string readScenario(const std::string& path) {
     return text.str();
 }
 
-void writeLine(std::string line) {
-    line += '\n';
-    fwrite(line.data(), 1, line.size(), stdout);
-    fflush(stdout);
-}
+using hostplatform::Record;
 
-void installTrace(TraceFormat format) {
-    hostplatform::Recorder& recorder = hostplatform::Recorder::instance();
+TraceWriter::Format formatFor(TraceFormat format) {
     if (format == TraceFormat::kJsonl) {
-        recorder.addSink([](const hostplatform::Record& r) { writeLine(toJsonLine(r)); });
-        return;
+        return [](const Record& r, std::string* out) {
+            appendJsonLine(r, out);
+            out->push_back('\n');
+        };
     }
     // Never destroyed: the event thread may still record while the process exits.
     auto* trace = new TextTrace(isatty(STDOUT_FILENO) == 1);
-    recorder.addSink([trace](const hostplatform::Record& r) { writeLine(trace->format(r)); });
+    return [trace](const Record& r, std::string* out) {
+        out->append(trace->format(r));
+        out->push_back('\n');
+    };
+}
+
+// A fatal line is followed by an abort: everything up to it must be out first.
+bool isFatalLine(const Record& r) {
+    const auto* log = std::get_if<hostplatform::LogRecord>(&r.body);
+    return log != nullptr && log->prio >= ANDROID_LOG_FATAL;
+}
+
+// A person at a terminal sees each line as it happens, in step with the console's prompt and
+// with standard error. Otherwise the lines are formatted and written off the recording threads.
+void installTrace(TraceFormat format, bool interactive) {
+    TraceWriter::Format text = formatFor(format);
+    hostplatform::Recorder& recorder = hostplatform::Recorder::instance();
+    if (interactive) {
+        recorder.addSink([text](const Record& r) {
+            std::string line;
+            text(r, &line);
+            fwrite(line.data(), 1, line.size(), stdout);
+            fflush(stdout);
+        });
+        return;
+    }
+    // Never destroyed, like the recorder that calls it.
+    auto* writer = new TraceWriter(std::move(text), stdout);
+    recorder.addSink([writer](const Record& r) {
+        writer->push(r);
+        if (std::holds_alternative<hostplatform::ExitRecord>(r.body)) {
+            writer->finish();  // the exit record stays the last line
+        } else if (isFatalLine(r)) {
+            writer->flush();
+        }
+    });
 }
 
 void runScript() {
     waitForEventThread();
-    for (const Command& command : script()) execute(command);
+    ScriptRunner runner;
+    for (const Command& command : script()) runner.run(command);
+    runner.finish();
 }
 
 void runConsole() {
@@ -114,7 +150,7 @@ void startHostRunner(int argc, char** argv, char**) {
     if (!script().empty() && std::holds_alternative<DeviceAbsent>(script().front().body)) {
         hostplatform::ModemEmulator::instance().setDevicePresent(false);
     }
-    installTrace(args.trace);
+    installTrace(args.trace, console || isatty(STDOUT_FILENO) == 1);
     hostplatform::Threadpool::setServer(console ? runConsole : runScript);
     on_exit(recordExit, nullptr);
 }

@@ -303,32 +303,56 @@ TEST_F(ModemTest, UntakenRecordIsDroppedAfterTheTimeout) {
 TEST_F(ModemTest, QueuedRecordsAreReadInOrderWithoutAHandShake) {
     const Bytes started = event(1, 0), conn = event(6, 28);
     EXPECT_EQ(2u, modem.queueEvents(started, started.size(), 2));  // before any reader
-    EXPECT_EQ(1u, modem.queueEvents(conn, 20, 1));
+    EXPECT_TRUE(modem.queueEvent(conn, 20));
+    EXPECT_TRUE(modem.queueReadFailure(EIO));
     Reader reader(sFd, ModemEmulator::kMaxRead);
     ASSERT_TRUE(modem.waitQueueDrained());
-    EXPECT_EQ(3, reader.handled);
+    EXPECT_EQ(4, reader.handled);
     reader.stop();
-    ASSERT_EQ(3u, reader.results.size());
+    ASSERT_EQ(4u, reader.results.size());
     EXPECT_EQ(started, reader.results[0].bytes);
     EXPECT_EQ(started, reader.results[1].bytes);
     EXPECT_EQ(Bytes(conn.begin(), conn.begin() + 20), reader.results[2].bytes);
+    EXPECT_EQ(-1, reader.results[3].ret);
+    EXPECT_EQ(EIO, reader.results[3].errnum);
     const std::vector<ReadRecord> reads = testsupport::recorded().all<ReadRecord>();
-    ASSERT_EQ(4u, reads.size());  // and the stop
+    ASSERT_EQ(5u, reads.size());  // and the stop
     EXPECT_EQ(20, reads[2].ret);
     EXPECT_EQ(reader.results[2].bytes, reads[2].bytes);
+    EXPECT_EQ(EIO, reads[3].errnum);
 }
 
-TEST_F(ModemTest, QueueTakesNoMoreThanItsCapacity) {
-    const Bytes started = event(1, 0);
+TEST_F(ModemTest, FullQueueTakesNoCopiesAndWaitsForRoomWhileTheReaderReads) {
     const size_t capacity = ModemEmulator::kQueueCapacity;
-    EXPECT_EQ(capacity, modem.queueEvents(started, started.size(), capacity + 5));
-    EXPECT_EQ(0u, modem.queueEvents(started, started.size(), 1));
+    std::vector<Bytes> records;
+    for (size_t i = 0; i <= capacity; ++i) {
+        records.push_back(event(1, 4));
+        memcpy(records.back().data() + 16, &i, 4);  // tells the records apart
+    }
+    for (size_t i = 0; i < capacity; ++i) ASSERT_TRUE(modem.queueEvent(records[i], 20));
+    EXPECT_EQ(0u, modem.queueEvents(records[0], 20, 1));
     Reader reader(sFd, ModemEmulator::kMaxRead);
+    EXPECT_TRUE(modem.queueEvent(records[capacity], 20)) << "no room came";
     ASSERT_TRUE(modem.waitQueueDrained());
-    EXPECT_EQ(static_cast<int>(capacity), reader.handled);
-    EXPECT_EQ(1u, modem.queueEvents(started, started.size(), 1)) << "room again once read";
+    reader.stop();
+    ASSERT_EQ(capacity + 1, reader.results.size());
+    for (size_t i = 0; i <= capacity; ++i) ASSERT_EQ(records[i], reader.results[i].bytes) << i;
+}
+
+TEST_F(ModemTest, QueuedRecordsNobodyReadsAreDroppedAfterTheTimeout) {
+    ASSERT_FALSE(modem.waitReaderBlocked(milliseconds(50)));
+    const Bytes lost = event(1, 0), kept = event(5, 0);
+    ASSERT_EQ(2u, modem.queueEvents(lost, lost.size(), 2));
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_FALSE(modem.waitQueueDrained(milliseconds(100)));
+    EXPECT_GE(std::chrono::steady_clock::now() - start, milliseconds(100));
+
+    Reader reader(sFd, ModemEmulator::kMaxRead);  // a later reader gets the next record only
+    ASSERT_TRUE(modem.queueEvent(kept, kept.size()));
     ASSERT_TRUE(modem.waitQueueDrained());
-    EXPECT_EQ(static_cast<int>(capacity) + 1, reader.handled);
+    reader.stop();
+    ASSERT_EQ(1u, reader.results.size());
+    EXPECT_EQ(kept, reader.results[0].bytes);
 }
 
 // Reads a stream to its end in small freads, as the service does, and closes it.

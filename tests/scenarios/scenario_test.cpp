@@ -210,6 +210,28 @@ TEST(ExitTest, EndsWithMainsStatusAfterTheLastLineWhateverTheInput) {
     EXPECT_EQ(R"({"k":"exit","status":0})", stableForm(records.back()).dump());
 }
 
+TEST(ExitTest, ReaderSlowerThanTheServiceStillGetsEveryRecordWithTheExitLast) {
+    std::string script = kPinnedProc + "initOffload 1.1\n";
+    constexpr int kEvents = 3000;  // many times what the trace holds back
+    for (int i = 0; i < kEvents; ++i) script += i % 2 ? "modem event STARTED\n" : "modem conn\n";
+    writeFile(scratch("in"), script);
+    const std::string command = std::string("'") + TETHEROFFLOAD_SERVICE + "' --trace=jsonl <" +
+                                scratch("in") + " | (sleep 1; cat) >" + scratch("out");
+    ASSERT_EQ(0, system(command.c_str()));
+    const std::vector<Json> records = parseTrace(readFile(scratch("out")));
+    unlink(scratch("in").c_str());
+    unlink(scratch("out").c_str());
+    int reads = 0, callbacks = 0;
+    for (const Json& r : records) {
+        reads += r.value("k", "") == "read";
+        callbacks += r.value("k", "") == "callback";
+    }
+    EXPECT_EQ(kEvents, reads);
+    EXPECT_EQ(kEvents, callbacks);
+    ASSERT_FALSE(records.empty());
+    EXPECT_EQ(R"({"k":"exit","status":0})", stableForm(records.back()).dump());
+}
+
 TEST(BadInputTest, RefusedWithFileAndLineBeforeAnythingRuns) {
     const std::pair<std::string, std::string> scripts[] = {
             {"initOffload 1.1\nlaunch now\n", "2: unknown command 'launch'"},
