@@ -15,27 +15,24 @@
  */
 
 // The host executable's start: runs before main (glibc hands .init_array functions the program's
-// arguments), because main is the service's own and ignores them. It reads the command line and
-// the whole scenario, applies the start-up setting, installs the trace and hands the scenario to
-// joinRpcThreadpool. Everything it touches is reached through function-local statics, so the
-// order of other files' static constructors does not matter.
+// arguments), because main is the service's own and ignores them. It reads the command line,
+// checks the whole scenario, applies the start-up setting, installs the trace and hands the
+// scenario to joinRpcThreadpool. Everything it touches is reached through function-local statics,
+// so the order of other files' static constructors does not matter.
 
 #include <android/log.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <unistd.h>
 
-#include <fstream>
-#include <iostream>
-#include <sstream>
+#include <memory>
 #include <string>
-#include <vector>
 
 #include "Arguments.h"
 #include "Console.h"
 #include "Executor.h"
 #include "JsonTrace.h"
-#include "ScenarioParser.h"
+#include "ScriptFile.h"
 #include "TextTrace.h"
 #include "TraceWriter.h"
 #include "hostplatform/ModemEmulator.h"
@@ -45,29 +42,14 @@
 namespace hostrunner {
 namespace {
 
-// The checked script, kept until joinRpcThreadpool runs it. Never destroyed.
-std::vector<Command>& script() {
-    static auto* commands = new std::vector<Command>();
-    return *commands;
-}
+// The checked script, until joinRpcThreadpool runs it. Never destroyed.
+ScriptFile* gScript = nullptr;
 
 // Bad command line or script: nothing has run, nothing is on standard output.
 [[noreturn]] void refuseToStart(const std::string& message) {
     fprintf(stderr, "%s\n", message.c_str());
     fflush(stderr);
     _exit(2);
-}
-
-std::string readScenario(const std::string& path) {
-    std::ostringstream text;
-    if (path.empty()) {
-        text << std::cin.rdbuf();
-        return text.str();
-    }
-    std::ifstream file(path);
-    if (!file) refuseToStart(path + ": cannot read the scenario");
-    text << file.rdbuf();
-    return text.str();
 }
 
 using hostplatform::Record;
@@ -122,7 +104,7 @@ void installTrace(TraceFormat format, bool interactive) {
 void runScript() {
     waitForEventThread();
     ScriptRunner runner;
-    for (const Command& command : script()) runner.run(command);
+    gScript->run([&runner](const Command& command) { runner.run(command); });
     runner.finish();
 }
 
@@ -137,19 +119,23 @@ void recordExit(int status, void*) {
     fflush(stdout);
 }
 
+ScriptFile* checkedScript(const std::string& path) {
+    std::string error;
+    std::unique_ptr<ScriptFile> script = ScriptFile::open(path, &error);
+    if (script == nullptr) refuseToStart(error);
+    error = script->check();
+    if (!error.empty()) refuseToStart(error);
+    if (script->startsWithDeviceAbsent()) {
+        hostplatform::ModemEmulator::instance().setDevicePresent(false);
+    }
+    return script.release();
+}
+
 void startHostRunner(int argc, char** argv, char**) {
     Arguments args = parseArguments(argc, argv);
     if (!args.error.empty()) refuseToStart(args.error + "\n" + kUsage);
     const bool console = args.scenario.empty() && isatty(STDIN_FILENO) == 1;
-    if (!console) {
-        ScriptResult parsed = parseScript(readScenario(args.scenario),
-                                          args.scenario.empty() ? "<stdin>" : args.scenario);
-        if (!parsed.error.empty()) refuseToStart(parsed.error);
-        script() = std::move(parsed.commands);
-    }
-    if (!script().empty() && std::holds_alternative<DeviceAbsent>(script().front().body)) {
-        hostplatform::ModemEmulator::instance().setDevicePresent(false);
-    }
+    if (!console) gScript = checkedScript(args.scenario);
     installTrace(args.trace, console || isatty(STDOUT_FILENO) == 1);
     hostplatform::Threadpool::setServer(console ? runConsole : runScript);
     on_exit(recordExit, nullptr);
