@@ -68,7 +68,8 @@ bool EventChannel::offer(Delivery delivery, std::unique_lock<std::mutex>& lock,
     return true;
 }
 
-bool EventChannel::enqueue(const Delivery& delivery, std::chrono::milliseconds timeout) {
+bool EventChannel::enqueue(const std::vector<uint8_t>& record, size_t readSize, int errnum,
+                           std::chrono::milliseconds timeout) {
     std::unique_lock<std::mutex> lock(mLock);
     if (mQueue.empty()) mQueue.resize(kQueueCapacity);
     if (mQueued == kQueueCapacity) {
@@ -79,7 +80,7 @@ bool EventChannel::enqueue(const Delivery& delivery, std::chrono::milliseconds t
         mWaitingForRoom = false;
         if (!room) return false;
     }
-    put(delivery.record.data(), delivery.record.size(), delivery.readSize, delivery.errnum);
+    put(record.data(), record.size(), readSize, errnum);
     return true;
 }
 
@@ -113,7 +114,9 @@ bool EventChannel::waitWhileReading(std::unique_lock<std::mutex>& lock,
     for (;;) {
         const uint64_t takenBefore = mQueueTaken;
         if (mForController.wait_for(lock, timeout, done)) return true;
-        if (mQueueTaken != takenBefore) continue;  // slow, but reading
+        // Slow, but reading; or busy with a queued record, and it always comes back for more
+        // (the trace may hold it while its reader is slow).
+        if (mQueueTaken != takenBefore || mBusyWithQueued) continue;
         mQueued = 0;  // nobody reads them: lost, as the driver would lose them
         return false;
     }
@@ -121,6 +124,7 @@ bool EventChannel::waitWhileReading(std::unique_lock<std::mutex>& lock,
 
 TakenRead EventChannel::take(uint8_t* buf, size_t count) {
     std::unique_lock<std::mutex> lock(mLock);
+    mBusyWithQueued = false;
     if (mQueued > 0) return takeQueued(buf, count);
     ++mBlockedReaders;
     ++mBlockings;
@@ -140,6 +144,7 @@ TakenRead EventChannel::takeQueued(uint8_t* buf, size_t count) {
     mQueueHead = (mQueueHead + 1) % kQueueCapacity;
     --mQueued;
     ++mQueueTaken;
+    mBusyWithQueued = true;
     if (mWaitingForRoom && mQueued == kQueueCapacity / 2) mForController.notify_all();
     return read;
 }

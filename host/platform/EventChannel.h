@@ -56,16 +56,19 @@ public:
     // `timeout` after that.
     bool deliver(Delivery delivery, std::chrono::milliseconds timeout);
 
-    // Queues the delivery after those already waiting. When the queue is full, waits for room as
-    // long as the reader takes records; false when it took none within `timeout` (the delivery
-    // is dropped).
-    bool enqueue(const Delivery& delivery, std::chrono::milliseconds timeout);
+    // Queues the record after those already waiting, read as `readSize` bytes, or as a failure
+    // with `errnum` when that is not 0. When the queue is full, waits for room as long as a
+    // reader takes records or works on one; false when none did for `timeout` (the record is
+    // dropped).
+    bool enqueue(const std::vector<uint8_t>& record, size_t readSize, int errnum,
+                 std::chrono::milliseconds timeout);
 
     // Queues `copies` copies of the record as far as there is room; returns how many.
     size_t enqueueCopies(const std::vector<uint8_t>& record, size_t readSize, size_t copies);
 
-    // Waits until the queue is empty and a reader is blocked in take() again, as long as the
-    // reader takes records. False when it took none within `timeout`: what is left is dropped.
+    // Waits until the queue is empty and a reader is blocked in take() again, as long as a
+    // reader takes records or works on one. False when none did for `timeout`: what is left is
+    // dropped.
     bool waitDrained(std::chrono::milliseconds timeout);
 
     // Blocks until a queued record or a delivery is there, and reads it into `buf` (at most
@@ -86,8 +89,8 @@ private:
     bool offer(Delivery delivery, std::unique_lock<std::mutex>& lock,
                std::chrono::steady_clock::time_point deadline);
     void put(const uint8_t* record, size_t size, size_t readSize, int errnum);
-    // Waits on the controller's side until `done`, or until the reader took no queued record
-    // within `timeout`; then the queue is emptied and false returned.
+    // Waits on the controller's side until `done`, or until for `timeout` no reader took a
+    // queued record or worked on one; then the queue is emptied and false returned.
     template <typename Done>
     bool waitWhileReading(std::unique_lock<std::mutex>& lock, std::chrono::milliseconds timeout,
                           Done done);
@@ -108,6 +111,7 @@ private:
     size_t mQueueHead = 0;
     size_t mQueued = 0;
     uint64_t mQueueTaken = 0;      // how many queued records readers took
+    bool mBusyWithQueued = false;  // a reader took a queued record and is not back yet
     bool mWaitingForRoom = false;  // a controller waits for the queue to half empty
 };
 

@@ -63,11 +63,11 @@ bool ModemEmulator::deliverReadFailure(int errnum, std::chrono::milliseconds tim
 
 bool ModemEmulator::queueEvent(const std::vector<uint8_t>& record, size_t readSize,
                                std::chrono::milliseconds timeout) {
-    return mState->device.events().enqueue(Delivery{record, readSize, 0}, timeout);
+    return mState->device.events().enqueue(record, readSize, 0, timeout);
 }
 
 bool ModemEmulator::queueReadFailure(int errnum, std::chrono::milliseconds timeout) {
-    return mState->device.events().enqueue(Delivery{{}, 0, errnum}, timeout);
+    return mState->device.events().enqueue({}, 0, errnum, timeout);
 }
 
 size_t ModemEmulator::queueEvents(const std::vector<uint8_t>& record, size_t readSize,

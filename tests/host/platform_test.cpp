@@ -339,6 +339,15 @@ TEST_F(ModemTest, FullQueueTakesNoCopiesAndWaitsForRoomWhileTheReaderReads) {
     for (size_t i = 0; i <= capacity; ++i) ASSERT_EQ(records[i], reader.results[i].bytes) << i;
 }
 
+TEST_F(ModemTest, ReaderBusyWithAQueuedRecordIsWaitedForPastTheTimeout) {
+    Reader reader(sFd, ModemEmulator::kMaxRead, milliseconds(300));
+    ASSERT_TRUE(modem.waitReaderBlocked());
+    const Bytes started = event(1, 0);
+    ASSERT_EQ(2u, modem.queueEvents(started, started.size(), 2));
+    EXPECT_TRUE(modem.waitQueueDrained(milliseconds(50)));
+    EXPECT_EQ(2, reader.handled);
+}
+
 TEST_F(ModemTest, QueuedRecordsNobodyReadsAreDroppedAfterTheTimeout) {
     ASSERT_FALSE(modem.waitReaderBlocked(milliseconds(50)));
     const Bytes lost = event(1, 0), kept = event(5, 0);

@@ -218,11 +218,12 @@ TEST(ExitTest, EndsWithMainsStatusAfterTheLastLineWhateverTheInput) {
 
 TEST(ExitTest, ReaderSlowerThanTheServiceStillGetsEveryRecordWithTheExitLast) {
     std::string script = kPinnedProc + "initOffload 1.1\n";
-    constexpr int kEvents = 3000;  // many times what the trace holds back
+    // Many times what the trace holds back; the reader sleeps longer than a delivery may wait.
+    constexpr int kEvents = 3000;
     for (int i = 0; i < kEvents; ++i) script += i % 2 ? "modem event STARTED\n" : "modem conn\n";
     writeFile(scratch("in"), script);
     const std::string command = std::string("'") + TETHEROFFLOAD_SERVICE + "' --trace=jsonl <" +
-                                scratch("in") + " | (sleep 1; cat) >" + scratch("out");
+                                scratch("in") + " | (sleep 2; cat) >" + scratch("out");
     ASSERT_EQ(0, system(command.c_str()));
     const std::vector<Json> records = parseTrace(readFile(scratch("out")));
     unlink(scratch("in").c_str());

@@ -62,8 +62,8 @@ public:
     // Queued mode: records wait on the device and each read() takes the next one at once, with
     // no hand-shake; queued records come before a delivery. A record holds at most kMaxRead
     // bytes, and at most kQueueCapacity wait at a time. When the queue is full, waits for room as
-    // long as the reader takes records; false when it took none within `timeout` (the record is
-    // dropped, with those still waiting).
+    // long as the reader takes records or works on one it took; false when it did neither for
+    // `timeout` (the record is dropped, with those still waiting).
     bool queueEvent(const std::vector<uint8_t>& record, size_t readSize,
                     std::chrono::milliseconds timeout = kDeliveryTimeout);
 
@@ -75,7 +75,8 @@ public:
     size_t queueEvents(const std::vector<uint8_t>& record, size_t readSize, size_t copies);
 
     // Waits until every queued record has been read and the reader is blocked in read() again.
-    // False when the reader took none within `timeout`: those left are dropped.
+    // False when the reader neither took one nor worked on one for `timeout`: those left are
+    // dropped.
     bool waitQueueDrained(std::chrono::milliseconds timeout = kDeliveryTimeout);
 
     // Waits until a reader is blocked in read() on the device. False after `timeout`, or at once
