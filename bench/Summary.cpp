@@ -104,7 +104,7 @@ void SummaryReporter::printActivation() const {
     printf("\nOne USB activation (milliseconds; baseline: a bare sleep of the bridge's pause)\n");
     const double ms = counter("activation/usb", "activation_ms");
     const double pause = counter("activation/usb", "pause_ms");
-    printf("  mean %7.2f  worst %7.2f   pause %7.2f   +%5.2f over the pause   goal <= 505 %s\n", ms,
+    printf("  mean %7.2f  worst %7.2f   pause %7.2f   %+6.2f over the pause   goal <= 505 %s\n", ms,
            counter("activation/usb", "worst_ms"), pause, ms - pause, verdict(ms <= 505));
 }
 
