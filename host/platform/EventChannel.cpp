@@ -139,8 +139,9 @@ TakenRead EventChannel::takeQueued(uint8_t* buf, size_t count) {
     const QueuedRecord& slot = mQueue[mQueueHead];
     TakenRead read;
     read.errnum = slot.errnum;
-    if (read.errnum == 0)
+    if (read.errnum == 0) {
         read.size = copyRead(slot.bytes.data(), slot.size, slot.readSize, buf, count);
+    }
     mQueueHead = (mQueueHead + 1) % kQueueCapacity;
     --mQueued;
     ++mQueueTaken;

@@ -23,7 +23,6 @@
 
 #include <stddef.h>
 #include <stdint.h>
-#include <sys/types.h>
 
 #include <array>
 #include <chrono>
@@ -48,7 +47,7 @@ struct TakenRead {
 
 class EventChannel {
 public:
-    static constexpr size_t kMaxRecord = 272;  // the most one read returns
+    static constexpr size_t kMaxRecord = 272;  // the most a queued record holds: a full event
     static constexpr size_t kQueueCapacity = 4096;
 
     // True once a reader took `delivery` and blocked in take() again. False when no reader took
