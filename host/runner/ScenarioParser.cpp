@@ -16,6 +16,9 @@
 
 #include "ScenarioParser.h"
 
+#include <sstream>
+#include <utility>
+
 #include "CommandParsers.h"
 #include "Words.h"
 
@@ -53,6 +56,22 @@ LineResult ScriptLines::next(const std::string& text) {
     }
     mOnlyStartupSettings = mOnlyStartupSettings && startup;
     return parsed;
+}
+
+ScriptResult parseScript(const std::string& text, const std::string& name) {
+    ScriptResult result;
+    ScriptLines lines;
+    std::istringstream in(text);
+    for (std::string lineText; std::getline(in, lineText);) {
+        LineResult parsed = lines.next(lineText);
+        if (!parsed.error.empty()) {
+            result.commands.clear();
+            result.error = name + ":" + std::to_string(lines.line()) + ": " + parsed.error;
+            return result;
+        }
+        if (!parsed.blank) result.commands.push_back(std::move(parsed.command));
+    }
+    return result;
 }
 
 }  // namespace hostrunner

@@ -50,4 +50,13 @@ private:
     bool mOnlyStartupSettings = true;
 };
 
+struct ScriptResult {
+    std::vector<Command> commands;
+    std::string error;  // "NAME:LINE: what is wrong", empty when the script is good
+};
+
+// A whole script held in memory, for tools and tests; the host executable streams its script.
+// `name` is how errors name the script: its path, or "<stdin>".
+ScriptResult parseScript(const std::string& text, const std::string& name);
+
 }  // namespace hostrunner

@@ -87,6 +87,18 @@ TEST(ScenarioLineTest, WordsQuotesEscapesNumbersAndComments) {
     EXPECT_EQ("error: help: only in the console", reading("help"));
 }
 
+TEST(ScenarioScriptTest, LinesNumberedAndDeviceAbsentOnlyFirst) {
+    const ScriptResult good = parseScript("device absent\n\n# c\ndevice absent\nwait 1", "s");
+    ASSERT_EQ("", good.error);
+    ASSERT_EQ(3u, good.commands.size());
+    EXPECT_EQ(4, good.commands[1].line);
+    EXPECT_EQ(5, good.commands[2].line) << "the last line needs no newline";
+    const ScriptResult late = parseScript("device absent\nwait 1\n\ndevice absent\n", "s");
+    EXPECT_EQ("s:4: device absent: only before any other command", late.error);
+    EXPECT_TRUE(late.commands.empty());
+    EXPECT_EQ("s:2: unknown command 'x'", parseScript("wait 1\nx\n", "s").error);
+}
+
 Record at(int64_t t, RecordBody body) {
     return Record{t, std::move(body)};
 }
