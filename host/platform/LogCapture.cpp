@@ -36,6 +36,7 @@ std::string currentThreadName() {
 }
 
 void captureLine(const struct __android_logger_data* data, const char* message) {
+    if (!Recorder::instance().listening()) return;  // nobody would see it
     LogRecord record;
     record.prio = data->priority;
     record.tag = data->tag != nullptr ? data->tag : "";

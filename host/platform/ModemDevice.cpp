@@ -20,7 +20,6 @@
 #include <fcntl.h>
 #include <string.h>
 
-#include <algorithm>
 #include <atomic>
 #include <utility>
 
@@ -96,24 +95,27 @@ int ModemDevice::answer(unsigned long request, void* arg, std::vector<uint8_t>* 
 }
 
 ssize_t ModemDevice::read(int /*fd*/, void* buf, size_t count) {
-    const Delivery delivery = mEvents.take();
-    ReadRecord record;
-    if (delivery.errnum != 0) {
-        record.ret = -1;
-        record.errnum = delivery.errnum;
-        Recorder::instance().add(std::move(record));
-        errno = delivery.errnum;
+    auto* bytes = static_cast<uint8_t*>(buf);
+    const TakenRead taken = mEvents.take(bytes, count);
+    // Built only for a listener: a read nobody traces costs no allocation.
+    if (Recorder::instance().listening()) recordRead(taken, bytes);
+    if (taken.errnum != 0) {
+        errno = taken.errnum;
         return -1;
     }
-    // Bytes past the end of the record read as zero.
-    const size_t size = std::min(delivery.readSize, count);
-    record.bytes.assign(size, 0);
-    std::copy_n(delivery.record.begin(), std::min(size, delivery.record.size()),
-                record.bytes.begin());
-    std::copy(record.bytes.begin(), record.bytes.end(), static_cast<uint8_t*>(buf));
-    record.ret = static_cast<long>(size);
+    return static_cast<ssize_t>(taken.size);
+}
+
+void ModemDevice::recordRead(const TakenRead& taken, const uint8_t* bytes) {
+    ReadRecord record;
+    if (taken.errnum != 0) {
+        record.ret = -1;
+        record.errnum = taken.errnum;
+    } else {
+        record.ret = static_cast<long>(taken.size);
+        record.bytes.assign(bytes, bytes + taken.size);
+    }
     Recorder::instance().add(std::move(record));
-    return static_cast<ssize_t>(size);
 }
 
 void ModemDevice::setPresent(bool present) {

@@ -61,6 +61,7 @@ private:
     ModemDevice() = default;
     Settings settings() const;
     int answer(unsigned long request, void* arg, std::vector<uint8_t>* requestBytes);
+    static void recordRead(const TakenRead& taken, const uint8_t* bytes);
 
     mutable std::mutex mLock;
     Settings mSettings;

@@ -31,6 +31,9 @@ ModemEmulator& ModemEmulator::instance() {
     return *emulator;
 }
 
+static_assert(ModemEmulator::kMaxRead == EventChannel::kMaxRecord);
+static_assert(ModemEmulator::kQueueCapacity == EventChannel::kQueueCapacity);
+
 ModemEmulator::ModemEmulator() : mState(new State{ModemDevice::instance()}) {}
 
 void ModemEmulator::setDevicePresent(bool present) {
@@ -56,6 +59,24 @@ bool ModemEmulator::deliverEvent(std::vector<uint8_t> record, size_t readSize,
 
 bool ModemEmulator::deliverReadFailure(int errnum, std::chrono::milliseconds timeout) {
     return mState->device.events().deliver(Delivery{{}, 0, errnum}, timeout);
+}
+
+bool ModemEmulator::queueEvent(const std::vector<uint8_t>& record, size_t readSize,
+                               std::chrono::milliseconds timeout) {
+    return mState->device.events().enqueue(record, readSize, 0, timeout);
+}
+
+bool ModemEmulator::queueReadFailure(int errnum, std::chrono::milliseconds timeout) {
+    return mState->device.events().enqueue({}, 0, errnum, timeout);
+}
+
+size_t ModemEmulator::queueEvents(const std::vector<uint8_t>& record, size_t readSize,
+                                  size_t copies) {
+    return mState->device.events().enqueueCopies(record, readSize, copies);
+}
+
+bool ModemEmulator::waitQueueDrained(std::chrono::milliseconds timeout) {
+    return mState->device.events().waitDrained(timeout);
 }
 
 bool ModemEmulator::waitReaderBlocked(std::chrono::milliseconds timeout) {

@@ -41,28 +41,22 @@ Recorder::Recorder() : mStartMicros(monotonicMicros()) {}
 
 void Recorder::add(RecordBody body) {
     std::lock_guard<std::mutex> lock(mLock);
-    mRecords.push_back(Record{monotonicMicros() - mStartMicros, std::move(body)});
-    for (const Sink& sink : mSinks) sink(mRecords.back());
+    if (mSinks.empty()) return;
+    // Stamped under the lock, so that times never go back in record order.
+    const Record record{monotonicMicros() - mStartMicros, std::move(body)};
+    for (const Sink& sink : mSinks) sink(record);
 }
 
 void Recorder::addSink(Sink sink) {
     std::lock_guard<std::mutex> lock(mLock);
     mSinks.push_back(std::move(sink));
+    mListening.store(true, std::memory_order_relaxed);
 }
 
 void Recorder::clearSinks() {
     std::lock_guard<std::mutex> lock(mLock);
     mSinks.clear();
-}
-
-std::vector<Record> Recorder::records() const {
-    std::lock_guard<std::mutex> lock(mLock);
-    return mRecords;
-}
-
-void Recorder::clear() {
-    std::lock_guard<std::mutex> lock(mLock);
-    mRecords.clear();
+    mListening.store(false, std::memory_order_relaxed);
 }
 
 }  // namespace hostplatform

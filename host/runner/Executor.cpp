@@ -127,4 +127,29 @@ void execute(const Command& command) {
     }
 }
 
+void ScriptRunner::run(const Command& command) {
+    if (queue(command)) return;
+    finish();
+    execute(command);
+}
+
+void ScriptRunner::finish() {
+    if (!mQueued) return;
+    // Records nobody read are dropped without a trace, as the emulator promises.
+    (void)ModemEmulator::instance().waitQueueDrained();
+    mQueued = false;
+}
+
+bool ScriptRunner::queue(const Command& command) {
+    if (const auto* event = std::get_if<ModemEvent>(&command.body)) {
+        (void)ModemEmulator::instance().queueEvent(event->record, event->readSize);
+    } else if (const auto* failure = std::get_if<ModemReadFail>(&command.body)) {
+        (void)ModemEmulator::instance().queueReadFailure(failure->errnum);
+    } else {
+        return false;
+    }
+    mQueued = true;
+    return true;
+}
+
 }  // namespace hostrunner

@@ -29,4 +29,20 @@ void waitForEventThread();
 
 void execute(const Command& command);
 
+// Runs a script's commands like execute(), except that modem events and read failures in a row
+// are queued on the device instead of handed over one by one: the event thread takes each one as
+// soon as it is done with the one before, so the order of everything stays the same. Any other
+// command, and finish(), first wait until the event thread has dispatched them all and is
+// blocked in read again.
+class ScriptRunner {
+public:
+    void run(const Command& command);
+    void finish();
+
+private:
+    bool queue(const Command& command);
+
+    bool mQueued = false;  // records on the device that may not have been dispatched yet
+};
+
 }  // namespace hostrunner

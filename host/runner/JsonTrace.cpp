@@ -16,121 +16,110 @@
 
 #include "JsonTrace.h"
 
-#include <nlohmann/json.hpp>
-
+#include "JsonWriter.h"
 #include "VexaDecoder.h"
 
 namespace hostrunner {
 namespace {
 
 using hostplatform::AddrPort;
-using Json = nlohmann::ordered_json;
 
-Json addrPort(const AddrPort& ap) {
-    return Json{{"addr", ap.addr}, {"port", ap.port}};
+void addrPort(JsonObject& j, const char* key, const AddrPort& ap) {
+    j.object(key).string("addr", ap.addr).number("port", ap.port).close();
 }
 
+// The fields of each kind after `k` and `t`, in their order.
 struct Fields {
-    Json* j;
+    JsonObject& j;
 
     void operator()(const hostplatform::ThreadpoolRecord& r) {
-        (*j)["k"] = "threadpool";
-        (*j)["max"] = r.max;
-        (*j)["callerWillJoin"] = r.callerWillJoin;
+        j.number("max", r.max).boolean("callerWillJoin", r.callerWillJoin);
     }
     void operator()(const hostplatform::RegisterRecord& r) {
-        (*j)["k"] = "register";
-        (*j)["interface"] = r.interface;
-        (*j)["name"] = r.name;
+        j.string("interface", r.interface).string("name", r.name);
     }
     void operator()(const hostplatform::LogRecord& r) {
-        (*j)["k"] = "log";
-        (*j)["prio"] = r.prio;
-        (*j)["tag"] = r.tag;
-        (*j)["msg"] = r.msg;
-        (*j)["thread"] = r.thread;
+        j.number("prio", r.prio).string("tag", r.tag).string("msg", r.msg);
+        j.string("thread", r.thread);
     }
     void operator()(const hostplatform::OpenRecord& r) {
-        (*j)["k"] = "open";
-        (*j)["path"] = r.path;
+        j.string("path", r.path);
         if (r.fd >= 0) {
-            (*j)["fd"] = r.fd;
+            j.number("fd", r.fd);
         } else {
-            (*j)["errno"] = r.errnum;
+            j.number("errno", r.errnum);
         }
     }
     void operator()(const hostplatform::IoctlRecord& r) {
-        (*j)["k"] = "ioctl";
-        (*j)["fd"] = r.fd;
-        (*j)["req"] = r.req;
-        (*j)["hex"] = toHex(r.bytes);
-        (*j)["ret"] = r.ret;
-        if (r.ret != 0) (*j)["errno"] = r.errnum;
+        j.number("fd", r.fd).number("req", r.req).string("hex", toHex(r.bytes));
+        j.number("ret", r.ret);
+        if (r.ret != 0) j.number("errno", r.errnum);
     }
     void operator()(const hostplatform::ReadRecord& r) {
-        (*j)["k"] = "read";
-        (*j)["ret"] = r.ret;
-        (*j)["hex"] = toHex(r.bytes);
-        if (r.ret < 0) (*j)["errno"] = r.errnum;
+        j.number("ret", r.ret).string("hex", toHex(r.bytes));
+        if (r.ret < 0) j.number("errno", r.errnum);
     }
     void operator()(const hostplatform::AgentRecord& r) {
-        (*j)["k"] = "agent";
-        (*j)["cmd"] = r.cmd;
-        (*j)["ok"] = r.ok;
+        j.string("cmd", r.cmd).boolean("ok", r.ok);
     }
     void operator()(const hostplatform::CallbackRecord& r) {
-        (*j)["k"] = "callback";
-        (*j)["op"] = r.op;
+        j.string("op", r.op);
         if (r.op == "updateTimeout") {
-            (*j)["src"] = addrPort(r.src);
-            (*j)["dst"] = addrPort(r.dst);
-            (*j)["proto"] = r.proto;
+            addrPort(j, "src", r.src);
+            addrPort(j, "dst", r.dst);
+            j.number("proto", r.proto);
         } else {
-            (*j)["event"] = r.event;
+            j.number("event", r.event);
         }
-        (*j)["ok"] = r.ok;
+        j.boolean("ok", r.ok);
     }
     void operator()(const hostplatform::CallRecord& r) {
-        (*j)["k"] = "call";
-        (*j)["line"] = r.line;
-        (*j)["op"] = r.op;
-        (*j)["args"] = r.args;
+        j.number("line", r.line).string("op", r.op).strings("args", r.args);
     }
     void operator()(const hostplatform::ReplyRecord& r) {
-        (*j)["k"] = "reply";
-        (*j)["op"] = r.op;
+        j.string("op", r.op);
         if (r.isStats) {
-            (*j)["rx"] = r.rx;
-            (*j)["tx"] = r.tx;
+            j.number("rx", r.rx).number("tx", r.tx);
         } else {
-            (*j)["ok"] = r.ok;
-            (*j)["msg"] = r.msg;
+            j.boolean("ok", r.ok).string("msg", r.msg);
         }
     }
-    void operator()(const hostplatform::ExitRecord& r) {
-        (*j)["k"] = "exit";
-        (*j)["status"] = r.status;
-    }
+    void operator()(const hostplatform::ExitRecord& r) { j.number("status", r.status); }
     void operator()(const hostplatform::ErrorRecord& r) {
-        (*j)["k"] = "error";
-        (*j)["line"] = r.line;
-        (*j)["msg"] = r.msg;
+        j.number("line", r.line).string("msg", r.msg);
     }
-    void operator()(const hostplatform::DumpRecord& r) {
-        (*j)["k"] = "dump";
-        (*j)["text"] = r.text;
-    }
+    void operator()(const hostplatform::DumpRecord& r) { j.string("text", r.text); }
+};
+
+struct Kind {
+    const char* operator()(const hostplatform::ThreadpoolRecord&) const { return "threadpool"; }
+    const char* operator()(const hostplatform::RegisterRecord&) const { return "register"; }
+    const char* operator()(const hostplatform::LogRecord&) const { return "log"; }
+    const char* operator()(const hostplatform::OpenRecord&) const { return "open"; }
+    const char* operator()(const hostplatform::IoctlRecord&) const { return "ioctl"; }
+    const char* operator()(const hostplatform::ReadRecord&) const { return "read"; }
+    const char* operator()(const hostplatform::AgentRecord&) const { return "agent"; }
+    const char* operator()(const hostplatform::CallbackRecord&) const { return "callback"; }
+    const char* operator()(const hostplatform::CallRecord&) const { return "call"; }
+    const char* operator()(const hostplatform::ReplyRecord&) const { return "reply"; }
+    const char* operator()(const hostplatform::ExitRecord&) const { return "exit"; }
+    const char* operator()(const hostplatform::ErrorRecord&) const { return "error"; }
+    const char* operator()(const hostplatform::DumpRecord&) const { return "dump"; }
 };
 
 }  // namespace
 
+void appendJsonLine(const hostplatform::Record& record, std::string* out) {
+    JsonObject j(out);
+    j.string("k", std::visit(Kind{}, record.body)).number("t", record.tMicros);
+    std::visit(Fields{j}, record.body);
+    j.close();
+}
+
 std::string toJsonLine(const hostplatform::Record& record) {
-    Json j = Json::object();
-    j["k"] = nullptr;  // keeps `k` first
-    j["t"] = record.tMicros;
-    std::visit(Fields{&j}, record.body);
-    // Bytes that are not UTF-8 cannot stand in JSON; they become U+FFFD instead of an exception.
-    return j.dump(-1, ' ', false, Json::error_handler_t::replace);
+    std::string line;
+    appendJsonLine(record, &line);
+    return line;
 }
 
 }  // namespace hostrunner

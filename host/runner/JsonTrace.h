@@ -24,6 +24,9 @@
 
 namespace hostrunner {
 
+// Appends the record's line, without its newline.
+void appendJsonLine(const hostplatform::Record& record, std::string* out);
+
 // One line, without its newline.
 std::string toJsonLine(const hostplatform::Record& record);
 

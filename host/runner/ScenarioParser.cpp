@@ -16,22 +16,13 @@
 
 #include "ScenarioParser.h"
 
-#include <algorithm>
 #include <sstream>
+#include <utility>
 
 #include "CommandParsers.h"
 #include "Words.h"
 
 namespace hostrunner {
-namespace {
-
-bool onlyStartupSettings(const std::vector<Command>& commands) {
-    return std::all_of(commands.begin(), commands.end(), [](const Command& c) {
-        return std::holds_alternative<DeviceAbsent>(c.body);
-    });
-}
-
-}  // namespace
 
 LineResult parseLine(const std::string& text, int line, Source source) {
     LineResult result;
@@ -56,25 +47,29 @@ LineResult parseLine(const std::string& text, int line, Source source) {
     return result;
 }
 
+LineResult ScriptLines::next(const std::string& text) {
+    LineResult parsed = parseLine(text, ++mLine, Source::kScript);
+    if (!parsed.error.empty() || parsed.blank) return parsed;
+    const bool startup = std::holds_alternative<DeviceAbsent>(parsed.command.body);
+    if (startup && !mOnlyStartupSettings) {
+        parsed.error = "device absent: only before any other command";
+    }
+    mOnlyStartupSettings = mOnlyStartupSettings && startup;
+    return parsed;
+}
+
 ScriptResult parseScript(const std::string& text, const std::string& name) {
     ScriptResult result;
+    ScriptLines lines;
     std::istringstream in(text);
-    std::string lineText;
-    int line = 0;
-    while (std::getline(in, lineText)) {
-        ++line;
-        LineResult parsed = parseLine(lineText, line, Source::kScript);
-        if (parsed.error.empty() && !parsed.blank &&
-            std::holds_alternative<DeviceAbsent>(parsed.command.body) &&
-            !onlyStartupSettings(result.commands)) {
-            parsed.error = "device absent: only before any other command";
-        }
+    for (std::string lineText; std::getline(in, lineText);) {
+        LineResult parsed = lines.next(lineText);
         if (!parsed.error.empty()) {
             result.commands.clear();
-            result.error = name + ":" + std::to_string(line) + ": " + parsed.error;
+            result.error = name + ":" + std::to_string(lines.line()) + ": " + parsed.error;
             return result;
         }
-        if (!parsed.blank) result.commands.push_back(parsed.command);
+        if (!parsed.blank) result.commands.push_back(std::move(parsed.command));
     }
     return result;
 }

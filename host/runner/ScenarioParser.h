@@ -36,11 +36,26 @@ struct LineResult {
 
 LineResult parseLine(const std::string& text, int line, Source source);
 
+// A script's lines one after another, with the rule that spans lines: `device absent` only
+// before any other command.
+class ScriptLines {
+public:
+    LineResult next(const std::string& text);
+
+    // The number of the line last read.
+    int line() const { return mLine; }
+
+private:
+    int mLine = 0;
+    bool mOnlyStartupSettings = true;
+};
+
 struct ScriptResult {
     std::vector<Command> commands;
     std::string error;  // "NAME:LINE: what is wrong", empty when the script is good
 };
 
+// A whole script held in memory, for tools and tests; the host executable streams its script.
 // `name` is how errors name the script: its path, or "<stdin>".
 ScriptResult parseScript(const std::string& text, const std::string& name);
 

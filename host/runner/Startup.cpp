@@ -15,28 +15,27 @@
  */
 
 // The host executable's start: runs before main (glibc hands .init_array functions the program's
-// arguments), because main is the service's own and ignores them. It reads the command line and
-// the whole scenario, applies the start-up setting, installs the trace and hands the scenario to
-// joinRpcThreadpool. Everything it touches is reached through function-local statics, so the
-// order of other files' static constructors does not matter.
+// arguments), because main is the service's own and ignores them. It reads the command line,
+// checks the whole scenario, applies the start-up setting, installs the trace and hands the
+// scenario to joinRpcThreadpool. Everything it touches is reached through function-local statics,
+// so the order of other files' static constructors does not matter.
 
+#include <android/log.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <unistd.h>
 
-#include <fstream>
-#include <iostream>
-#include <sstream>
+#include <memory>
 #include <string>
-#include <vector>
 
 #include "Arguments.h"
 #include "Console.h"
 #include "Executor.h"
 #include "JsonTrace.h"
 #include "LogcatTrace.h"
-#include "ScenarioParser.h"
+#include "ScriptFile.h"
 #include "TextTrace.h"
+#include "TraceWriter.h"
 #include "hostplatform/ModemEmulator.h"
 #include "hostplatform/Recorder.h"
 #include "hostplatform/ServiceRegistry.h"
@@ -44,11 +43,8 @@
 namespace hostrunner {
 namespace {
 
-// The checked script, kept until joinRpcThreadpool runs it. Never destroyed.
-std::vector<Command>& script() {
-    static auto* commands = new std::vector<Command>();
-    return *commands;
-}
+// The checked script, until joinRpcThreadpool runs it. Never destroyed.
+ScriptFile* gScript = nullptr;
 
 // Bad command line or script: nothing has run, nothing is on standard output.
 [[noreturn]] void refuseToStart(const std::string& message) {
@@ -57,47 +53,70 @@ std::vector<Command>& script() {
     _exit(2);
 }
 
-std::string readScenario(const std::string& path) {
-    std::ostringstream text;
-    if (path.empty()) {
-        text << std::cin.rdbuf();
-        return text.str();
-    }
-    std::ifstream file(path);
-    if (!file) refuseToStart(path + ": cannot read the scenario");
-    text << file.rdbuf();
-    return text.str();
-}
+using hostplatform::Record;
 
-void writeLine(std::string line) {
-    line += '\n';
-    fwrite(line.data(), 1, line.size(), stdout);
-    fflush(stdout);
-}
-
-void installTrace(TraceFormat format) {
-    hostplatform::Recorder& recorder = hostplatform::Recorder::instance();
+TraceWriter::Format formatFor(TraceFormat format) {
     if (format == TraceFormat::kJsonl) {
-        recorder.addSink([](const hostplatform::Record& r) { writeLine(toJsonLine(r)); });
-        return;
+        return [](const Record& r, std::string* out) {
+            appendJsonLine(r, out);
+            out->push_back('\n');
+        };
     }
     if (format == TraceFormat::kLogcat) {
         // Never destroyed, like the text trace below.
         auto* logcat = new LogcatTrace();
-        recorder.addSink([logcat](const hostplatform::Record& r) {
-            std::string lines = logcat->format(r);
-            if (!lines.empty()) writeLine(std::move(lines));
-        });
-        return;
+        return [logcat](const Record& r, std::string* out) {
+            const std::string lines = logcat->format(r);
+            if (lines.empty()) return;  // not a log line
+            out->append(lines);
+            out->push_back('\n');
+        };
     }
     // Never destroyed: the event thread may still record while the process exits.
     auto* trace = new TextTrace(isatty(STDOUT_FILENO) == 1);
-    recorder.addSink([trace](const hostplatform::Record& r) { writeLine(trace->format(r)); });
+    return [trace](const Record& r, std::string* out) {
+        out->append(trace->format(r));
+        out->push_back('\n');
+    };
+}
+
+// A fatal line is followed by an abort: everything up to it must be out first.
+bool isFatalLine(const Record& r) {
+    const auto* log = std::get_if<hostplatform::LogRecord>(&r.body);
+    return log != nullptr && log->prio >= ANDROID_LOG_FATAL;
+}
+
+// A person at a terminal sees each line as it happens, in step with the console's prompt and
+// with standard error. Otherwise the lines are formatted and written off the recording threads.
+void installTrace(TraceFormat format, bool interactive) {
+    TraceWriter::Format text = formatFor(format);
+    hostplatform::Recorder& recorder = hostplatform::Recorder::instance();
+    if (interactive) {
+        recorder.addSink([text](const Record& r) {
+            std::string line;
+            text(r, &line);
+            fwrite(line.data(), 1, line.size(), stdout);
+            fflush(stdout);
+        });
+        return;
+    }
+    // Never destroyed, like the recorder that calls it.
+    auto* writer = new TraceWriter(std::move(text), stdout);
+    recorder.addSink([writer](const Record& r) {
+        writer->push(r);
+        if (std::holds_alternative<hostplatform::ExitRecord>(r.body)) {
+            writer->finish();  // the exit record stays the last line
+        } else if (isFatalLine(r)) {
+            writer->flush();
+        }
+    });
 }
 
 void runScript() {
     waitForEventThread();
-    for (const Command& command : script()) execute(command);
+    ScriptRunner runner;
+    gScript->run([&runner](const Command& command) { runner.run(command); });
+    runner.finish();
 }
 
 void runConsole() {
@@ -111,20 +130,24 @@ void recordExit(int status, void*) {
     fflush(stdout);
 }
 
+ScriptFile* checkedScript(const std::string& path) {
+    std::string error;
+    std::unique_ptr<ScriptFile> script = ScriptFile::open(path, &error);
+    if (script == nullptr) refuseToStart(error);
+    error = script->check();
+    if (!error.empty()) refuseToStart(error);
+    if (script->startsWithDeviceAbsent()) {
+        hostplatform::ModemEmulator::instance().setDevicePresent(false);
+    }
+    return script.release();
+}
+
 void startHostRunner(int argc, char** argv, char**) {
     Arguments args = parseArguments(argc, argv);
     if (!args.error.empty()) refuseToStart(args.error + "\n" + kUsage);
     const bool console = args.scenario.empty() && isatty(STDIN_FILENO) == 1;
-    if (!console) {
-        ScriptResult parsed = parseScript(readScenario(args.scenario),
-                                          args.scenario.empty() ? "<stdin>" : args.scenario);
-        if (!parsed.error.empty()) refuseToStart(parsed.error);
-        script() = std::move(parsed.commands);
-    }
-    if (!script().empty() && std::holds_alternative<DeviceAbsent>(script().front().body)) {
-        hostplatform::ModemEmulator::instance().setDevicePresent(false);
-    }
-    installTrace(args.trace);
+    if (!console) gScript = checkedScript(args.scenario);
+    installTrace(args.trace, console || isatty(STDOUT_FILENO) == 1);
     hostplatform::Threadpool::setServer(console ? runConsole : runScript);
     on_exit(recordExit, nullptr);
 }

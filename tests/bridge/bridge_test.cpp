@@ -20,18 +20,17 @@
 #include <android/log.h>
 #include <gtest/gtest.h>
 #include <hostplatform/FakeAgent.h>
-#include <hostplatform/Recorder.h>
 #include <hostplatform/StandardError.h>
 
 #include <chrono>
 
 #include "bridge/VexaBridge.h"
+#include "tests/support/RetainingSink.h"
 #include "tests/support/TestSupport.h"
 
 namespace {
 
 using hostplatform::FakeAgent;
-using hostplatform::Recorder;
 using hostplatform::StandardError;
 using testsupport::Lines;
 using testsupport::LogLine;
@@ -45,7 +44,7 @@ protected:
     void TearDown() override {
         FakeAgent::setMode(FakeAgent::Mode::kUp);
         StandardError::setClosed(false);
-        Recorder::instance().clear();
+        testsupport::recorded().clear();
     }
 };
 
@@ -63,7 +62,7 @@ TEST_F(BridgeTest, ActivationPausesOnlyBetweenTheTwoSetcfgCommandsAndEchoesEachL
     EXPECT_EQ(expectedEcho, testing::internal::GetCapturedStderr());
     EXPECT_EQ(testsupport::kBridgeUpCommands, testsupport::agentCommands());
     std::vector<int64_t> t;
-    for (const hostplatform::Record& r : Recorder::instance().records()) {
+    for (const hostplatform::Record& r : testsupport::recorded().records()) {
         if (std::holds_alternative<hostplatform::AgentRecord>(r.body)) t.push_back(r.tMicros);
     }
     ASSERT_EQ(5u, t.size());
@@ -92,7 +91,7 @@ TEST_F(BridgeTest, FailingStepsAreLoggedInPairsAndTheSequenceGoesOn) {
         SCOPED_TRACE(c.cause);
         FakeAgent::setMode(c.mode);
         StandardError::setClosed(c.stderrClosed);
-        Recorder::instance().clear();
+        testsupport::recorded().clear();
 
         EXPECT_EQ(0, activeVexaonBridge());
         EXPECT_EQ(0, deactiveVexaonBridge());
@@ -105,7 +104,7 @@ TEST_F(BridgeTest, FailingStepsAreLoggedInPairsAndTheSequenceGoesOn) {
             expected.emplace_back(ANDROID_LOG_ERROR, std::string("bridge ") + step + " fail\n");
         }
         EXPECT_EQ(expected, testsupport::logEntries());
-        const auto sent = Recorder::instance().all<hostplatform::AgentRecord>();
+        const auto sent = testsupport::recorded().all<hostplatform::AgentRecord>();
         EXPECT_EQ(c.reachesAgent ? 7u : 0u, sent.size());
         for (const auto& r : sent) EXPECT_FALSE(r.ok) << r.cmd;
     }

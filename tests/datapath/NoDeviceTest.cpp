@@ -30,6 +30,7 @@
 
 #include "datapath/OffloadEventHandle.h"
 #include "tests/datapath/RecordedLog.h"
+#include "tests/support/RetainingSink.h"
 
 using datapath_test::error;
 using datapath_test::LogLine;
@@ -45,34 +46,36 @@ constexpr int kThreads = 2;
 OffloadEventHandle* gSeen[kThreads] = {};
 std::vector<LogLine> gFirstLookupLines;
 std::vector<OpenRecord> gFirstLookupOpens;
+std::atomic<int> gWaiting{0};  // threads yet to make their first lookup
+
+// Holds the first lookup until every thread has made its call, and a little longer.
+void holdFirstLookup(const hostplatform::Record& record) {
+    auto* log = std::get_if<hostplatform::LogRecord>(&record.body);
+    if (log == nullptr || log->msg != "open dev ++ g-fd =-1") return;
+    while (gWaiting.load() > 0) std::this_thread::yield();
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+}
 
 class NoDeviceTest : public testing::Test {
 protected:
     static void SetUpTestSuite() {
         hostplatform::ModemEmulator::instance().setDevicePresent(false);
-        Recorder::instance().clear();
-        // The first lookup is held until every thread has made its call, and a little longer.
-        std::atomic<int> waiting{kThreads};
-        Recorder::instance().addSink([&waiting](const hostplatform::Record& record) {
-            auto* log = std::get_if<hostplatform::LogRecord>(&record.body);
-            if (log == nullptr || log->msg != "open dev ++ g-fd =-1") return;
-            while (waiting.load() > 0) std::this_thread::yield();
-            std::this_thread::sleep_for(std::chrono::milliseconds(50));
-        });
+        testsupport::recorded().clear();
+        gWaiting = kThreads;
+        Recorder::instance().addSink(holdFirstLookup);  // the line comes only once
         std::vector<std::thread> threads;
         for (int i = 0; i < kThreads; ++i) {
-            threads.emplace_back([&waiting, i] {
-                waiting.fetch_sub(1);
+            threads.emplace_back([i] {
+                gWaiting.fetch_sub(1);
                 gSeen[i] = OffloadEventHandle::getInstance();
             });
         }
         for (std::thread& thread : threads) thread.join();
-        Recorder::instance().clearSinks();
         gFirstLookupLines = logLines();
-        gFirstLookupOpens = Recorder::instance().all<OpenRecord>();
+        gFirstLookupOpens = testsupport::recorded().all<OpenRecord>();
     }
 
-    void SetUp() override { Recorder::instance().clear(); }
+    void SetUp() override { testsupport::recorded().clear(); }
 };
 
 TEST_F(NoDeviceTest, FirstLookupFromTwoThreadsOpensOnceAndGivesOneClient) {
@@ -100,11 +103,11 @@ TEST_F(NoDeviceTest, CommandsFailAtTheDeviceCheckAndTheOpenIsNotRetried) {
     // clang-format on
     for (const auto& [run, line] : cases) {
         SCOPED_TRACE(line);
-        Recorder::instance().clear();
+        testsupport::recorded().clear();
         EXPECT_EQ(run(), -1);
         EXPECT_THAT(logLines(), Contains(error(line)));
-        EXPECT_EQ(Recorder::instance().all<hostplatform::IoctlRecord>().size(), 0u);
-        EXPECT_EQ(Recorder::instance().all<OpenRecord>().size(), 0u);
+        EXPECT_EQ(testsupport::recorded().all<hostplatform::IoctlRecord>().size(), 0u);
+        EXPECT_EQ(testsupport::recorded().all<OpenRecord>().size(), 0u);
     }
 }
 

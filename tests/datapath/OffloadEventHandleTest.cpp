@@ -38,6 +38,7 @@
 
 #include "datapath/OffloadEventHandle.h"
 #include "tests/datapath/RecordedLog.h"
+#include "tests/support/RetainingSink.h"
 #include "timeout/ConnTimeoutUpdate.h"
 
 using datapath_test::error;
@@ -47,7 +48,6 @@ using datapath_test::logLines;
 using hostplatform::Framework;
 using hostplatform::ModemEmulator;
 using hostplatform::ProcFiles;
-using hostplatform::Recorder;
 using testing::Contains;
 namespace V1_0 = android::hardware::tetheroffload::control::V1_0;
 
@@ -113,7 +113,7 @@ protected:
     void SetUp() override {
         ModemEmulator::instance().restoreDefaults();
         setConntrackFiles("7200\n", "120\n");
-        Recorder::instance().clear();
+        testsupport::recorded().clear();
     }
 
     void TearDown() override {
@@ -131,7 +131,7 @@ protected:
 
     // The one request sent since the last clear, as the driver read it.
     static Bytes onlyRequest() {
-        auto ioctls = Recorder::instance().all<hostplatform::IoctlRecord>();
+        auto ioctls = testsupport::recorded().all<hostplatform::IoctlRecord>();
         EXPECT_EQ(ioctls.size(), 1u);
         return ioctls.empty() ? Bytes{} : ioctls[0].bytes;
     }
@@ -143,14 +143,14 @@ TEST_F(CommandTest, EachRequestCarriesItsBytesAndAFailedIoctlItsErrno) {
     for (const Command& command : kCommands) {
         SCOPED_TRACE(command.stem);
         ModemEmulator::instance().setIoctlError(0);
-        Recorder::instance().clear();
+        testsupport::recorded().clear();
         EXPECT_EQ(command.run(mHandle), 0);
         EXPECT_EQ(onlyRequest(), command.request);
         EXPECT_THAT(logLines(), Contains(info(command.stem + " ok \n")));
         EXPECT_EQ(logLines(ANDROID_LOG_ERROR), Lines{});
 
         ModemEmulator::instance().setIoctlError(EBUSY);
-        Recorder::instance().clear();
+        testsupport::recorded().clear();
         EXPECT_EQ(command.run(mHandle), -1);
         EXPECT_EQ(logLines(ANDROID_LOG_ERROR), Lines{error(command.stem + "  fail errno: 16 \n")});
     }
@@ -159,7 +159,7 @@ TEST_F(CommandTest, EachRequestCarriesItsBytesAndAFailedIoctlItsErrno) {
 TEST_F(CommandTest, StatisticsAreTakenOnlyFromAnAnswerOf128Bytes) {
     for (uint32_t answerLen : {128u, 127u, 136u}) {
         SCOPED_TRACE(answerLen);
-        Recorder::instance().clear();
+        testsupport::recorded().clear();
         ModemEmulator::instance().setStatsAnswer(0x0102030405060708, 0x1112131415161718, answerLen);
         tether_offload_stats_t stats = {7, 9};
         const bool taken = answerLen == 128;
@@ -184,10 +184,10 @@ TEST_F(CommandTest, NullNamesAreRefusedBeforeAnythingElse) {
     // clang-format on
     for (const auto& [run, line] : cases) {
         SCOPED_TRACE(line);
-        Recorder::instance().clear();
+        testsupport::recorded().clear();
         EXPECT_EQ(run(), -1);
         EXPECT_EQ(logLines(), Lines{error(line)});  // not even a lookup of the client
-        EXPECT_EQ(Recorder::instance().all<hostplatform::IoctlRecord>().size(), 0u);
+        EXPECT_EQ(testsupport::recorded().all<hostplatform::IoctlRecord>().size(), 0u);
     }
 }
 
@@ -207,7 +207,7 @@ TEST_F(CommandTest, TimeoutsComeFromTheConntrackFilesOrTheDefaults) {
     for (const auto& [tcpFile, udpFile, tcp, udp, errors] : cases) {
         SCOPED_TRACE(tcpFile == nullptr ? "(no files)" : tcpFile);
         setConntrackFiles(tcpFile, udpFile);
-        Recorder::instance().clear();
+        testsupport::recorded().clear();
         EXPECT_EQ(mHandle->sendTimeoutValue(VEXA_APP_TYPE_ALL), 0);
         EXPECT_EQ(onlyRequest(), header(255, 6, 8) + raw(udp) + raw(tcp));
         EXPECT_EQ(logLines(ANDROID_LOG_ERROR), errors);
@@ -225,7 +225,7 @@ bool deliver(const Bytes& record) {
 // What the framework heard, e.g. {"onEvent_1_1 6"} or {"updateTimeout 0 failed"}.
 std::vector<std::string> frameworkCalls() {
     std::vector<std::string> calls;
-    for (const auto& cb : Recorder::instance().all<hostplatform::CallbackRecord>()) {
+    for (const auto& cb : testsupport::recorded().all<hostplatform::CallbackRecord>()) {
         calls.push_back(cb.op + " " + std::to_string(cb.event) + (cb.ok ? "" : " failed"));
     }
     return calls;
@@ -238,7 +238,7 @@ protected:
         ASSERT_TRUE(ModemEmulator::instance().waitReaderBlocked());
     }
 
-    void SetUp() override { Recorder::instance().clear(); }
+    void SetUp() override { testsupport::recorded().clear(); }
 
     // The argument is not compared: this clears whatever a test left registered.
     void TearDown() override {
@@ -283,7 +283,7 @@ TEST_F(EventThreadTest, DispatchTableForBothCallbackVersions) {
             Framework::setAlive(alive);
             for (const Case& c : cases) {
                 SCOPED_TRACE(std::string(v10 ? "1.0 " : "1.1 ") + (alive ? "" : "dead ") + c.line);
-                Recorder::instance().clear();
+                testsupport::recorded().clear();
                 ASSERT_TRUE(deliver(eventRecord(c.status, c.status == 6 ? 28 : 0)));
                 EXPECT_THAT(logLines(), Contains(info(c.line)));
                 const std::string& call = v10 ? c.v10 : c.v11;
@@ -306,7 +306,7 @@ TEST_F(EventThreadTest, DispatchTableForBothCallbackVersions) {
 std::vector<int64_t> gapsBetweenReads() {
     std::vector<int64_t> gaps;
     int64_t last = -1;
-    for (const auto& record : Recorder::instance().records()) {
+    for (const auto& record : testsupport::recorded().records()) {
         if (!std::holds_alternative<hostplatform::ReadRecord>(record.body)) continue;
         if (last >= 0) gaps.push_back((record.tMicros - last) / 1000);
         last = record.tMicros;
@@ -322,7 +322,7 @@ TEST_F(EventThreadTest, FailedReadsAreSpacedOutAndAGoodReadResetsThePause) {
     ASSERT_EQ(gaps.size(), 5u);
     for (size_t i = 0; i < gaps.size(); ++i) EXPECT_GE(gaps[i], 10 << i) << i;
 
-    Recorder::instance().clear();
+    testsupport::recorded().clear();
     ASSERT_TRUE(ModemEmulator::instance().deliverReadFailure(EIO));
     ASSERT_TRUE(deliver(eventRecord(VEXA_STARTED)));
     gaps = gapsBetweenReads();

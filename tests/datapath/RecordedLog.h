@@ -20,12 +20,13 @@
 #pragma once
 
 #include <android/log.h>
-#include <hostplatform/Recorder.h>
 #include <stdio.h>
 
 #include <string>
 #include <utility>
 #include <vector>
+
+#include "tests/support/RetainingSink.h"
 
 namespace datapath_test {
 
@@ -42,7 +43,7 @@ inline LogLine error(const std::string& msg) {
 // The lines recorded since the last clear; with a priority, only the lines at it.
 inline std::vector<LogLine> logLines(int prio = 0) {
     std::vector<LogLine> lines;
-    for (const auto& log : hostplatform::Recorder::instance().all<hostplatform::LogRecord>()) {
+    for (const auto& log : testsupport::recorded().all<hostplatform::LogRecord>()) {
         if (prio == 0 || log.prio == prio) lines.emplace_back(log.prio, log.msg);
     }
     return lines;

@@ -21,15 +21,14 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <hostplatform/ModemEmulator.h>
-#include <hostplatform/Recorder.h>
 #include <string.h>
 
 #include "datapath/OffloadEventHandle.h"
+#include "tests/support/RetainingSink.h"
 #include "tests/support/TestSupport.h"
 
 using hostplatform::Framework;
 using hostplatform::ModemEmulator;
-using hostplatform::Recorder;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testsupport::Lines;
@@ -85,7 +84,7 @@ TEST_P(LifecycleTest, RepliesAndDeviceRequestsFollowTheRow) {
     for (const Step& step : GetParam().steps) {
         SCOPED_TRACE("step " + std::to_string(&step - GetParam().steps.data()));
         ModemEmulator::instance().setIoctlError(step.ioctlError);
-        Recorder::instance().clear();
+        testsupport::recorded().clear();
         Reply reply = step.action == Action::kStop       ? stop()
                       : step.action == Action::kInitNull ? init(nullptr)
                       : step.action == Action::kInit10   ? init(Framework::Version::k1_0)
@@ -111,7 +110,7 @@ TEST_F(SetHandlesTest, WantsOneDescriptorInEachHandleAndLooksAtFd1First) {
                           {2, 2, 1}, {kNone, kNone, 1}, {1, 0, 2}, {1, 2, 2},     {1, kNone, 2}};
     for (const Case& c : cases) {
         SCOPED_TRACE("fd1 " + std::to_string(c.fd1) + ", fd2 " + std::to_string(c.fd2));
-        Recorder::instance().clear();
+        testsupport::recorded().clear();
         TestHandle fd1(c.fd1);
         TestHandle fd2(c.fd2);
         const std::string fd = "fd" + std::to_string(c.empty) + " is empty";
@@ -137,7 +136,7 @@ protected:
 
     // The framework calls that a started event produced, as "op event".
     static Lines deliverStarted() {
-        Recorder::instance().clear();
+        testsupport::recorded().clear();
         vexa_common_hdr_t hdr{};
         hdr.mcode = VEXA_MCODE;
         hdr.status = VEXA_STARTED;
@@ -145,7 +144,7 @@ protected:
         memcpy(record.data(), &hdr, sizeof(hdr));
         EXPECT_TRUE(ModemEmulator::instance().deliverEvent(record, record.size()));
         Lines calls;
-        for (const auto& cb : Recorder::instance().all<hostplatform::CallbackRecord>()) {
+        for (const auto& cb : testsupport::recorded().all<hostplatform::CallbackRecord>()) {
             calls.push_back(cb.op + " " + std::to_string(cb.event));
         }
         return calls;

@@ -22,17 +22,16 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <hostplatform/ModemEmulator.h>
-#include <hostplatform/Recorder.h>
 
 #include <regex>
 #include <tuple>
 
+#include "tests/support/RetainingSink.h"
 #include "tests/support/TestSupport.h"
 
 using android::hardware::hidl_string;
 using android::hardware::hidl_vec;
 using hostplatform::ModemEmulator;
-using hostplatform::Recorder;
 using testing::IsEmpty;
 using testsupport::Lines;
 using testsupport::Reply;
@@ -232,7 +231,7 @@ protected:
     // changes, yet the closing line names both stored downstreams; removing a kind ends its
     // offload only when it is active, and says so.
     OffloadState probeState() {
-        Recorder::instance().clear();
+        testsupport::recorded().clear();
         call({Op::kUp, {}});
         call({Op::kRemove, {"mdbr0", kUsbPrefix}});
         call({Op::kRemove, {"ap0", kWifiPrefix}});
@@ -253,7 +252,7 @@ TEST_P(OffloadTableTest, SendsRepliesAndLeavesWhatTheRowSays) {
     ASSERT_EQ(Reply(true, "Successful"), init());
     for (const Call& c : row.setup) ASSERT_TRUE(call(c).first) << "setup";
     ModemEmulator::instance().setIoctlError(row.ioctlError);
-    Recorder::instance().clear();
+    testsupport::recorded().clear();
 
     EXPECT_EQ(row.reply, call(row.call));
 
@@ -282,13 +281,13 @@ TEST_F(OffloadTest, EveryCallBeforeInitIsRefusedAndSendsNothing) {
     };
     for (const auto& [c, line] : calls) {
         SCOPED_TRACE(line);
-        Recorder::instance().clear();
+        testsupport::recorded().clear();
         EXPECT_EQ(Reply(false, kNotInitialised), call(c));
         EXPECT_TRUE(testsupport::containsInOrder(testsupport::logLines(), {line}));
         EXPECT_THAT(testsupport::deviceRequests(), IsEmpty());
     }
     ModemEmulator::instance().setStatsAnswer(1, 2);
-    Recorder::instance().clear();
+    testsupport::recorded().clear();
     EXPECT_EQ(std::make_pair(uint64_t{0}, uint64_t{0}), stats("wanif0"));
     EXPECT_EQ(Lines{"getForwardedStats()" + tail}, testsupport::logLines());
     EXPECT_THAT(testsupport::deviceRequests(), IsEmpty());
@@ -296,7 +295,7 @@ TEST_F(OffloadTest, EveryCallBeforeInitIsRefusedAndSendsNothing) {
 
 TEST_F(OffloadTest, StatsAskForAllAppsWhateverTheNameAndReadAWrongLengthAsZero) {
     ASSERT_EQ(Reply(true, "Successful"), init());
-    Recorder::instance().clear();
+    testsupport::recorded().clear();
     ModemEmulator::instance().setStatsAnswer(10, 20);
     EXPECT_EQ(std::make_pair(uint64_t{10}, uint64_t{20}), stats(""));
     ModemEmulator::instance().setStatsAnswer(10, 20, 64);

@@ -15,8 +15,8 @@
  */
 
 // The stand-in's platform side: the emulated modem (ioctl decoding and answers, open, event
-// delivery through read), the conntrack files, property_get, the log capture, the standard error
-// switch, and the peers switched while other threads use them.
+// delivery through read, queued records), the conntrack files, property_get, the log capture, the
+// standard error switch, and the peers switched while other threads use them.
 
 #include <android/hardware/tetheroffload/control/1.1/ITetheringOffloadCallback.h>
 #include <android/log.h>
@@ -43,8 +43,8 @@
 #include "hostplatform/ModemEmulator.h"
 #include "hostplatform/ProcFiles.h"
 #include "hostplatform/Properties.h"
-#include "hostplatform/Recorder.h"
 #include "hostplatform/StandardError.h"
+#include "tests/support/RetainingSink.h"
 
 namespace hostplatform {
 namespace {
@@ -121,14 +121,14 @@ protected:
         modem.restoreDefaults();
         if (sFd < 0) sFd = open(VEXA_DEV_PATH, O_RDWR);
         ASSERT_GE(sFd, 0);
-        Recorder::instance().clear();
+        testsupport::recorded().clear();
     }
 
     // Sends one request; returns what the driver recorded of it.
     IoctlRecord send(Bytes& buf, int expectedRet = 0) {
-        Recorder::instance().clear();
+        testsupport::recorded().clear();
         EXPECT_EQ(expectedRet, ioctl(sFd, VEXA_IOCTL_REQUEST, buf.data()));
-        const std::vector<IoctlRecord> records = Recorder::instance().all<IoctlRecord>();
+        const std::vector<IoctlRecord> records = testsupport::recorded().all<IoctlRecord>();
         EXPECT_EQ(1u, records.size());
         return records.empty() ? IoctlRecord{} : records.back();
     }
@@ -195,7 +195,7 @@ TEST_F(ModemTest, FailedRequestIsReadButNotAnswered) {
     modem.restoreDefaults();  // another request number: refused unread
     EXPECT_EQ(-1, ioctl(sFd, 0x5401, buf.data()));
     EXPECT_EQ(ENOTTY, errno);
-    EXPECT_TRUE(Recorder::instance().all<IoctlRecord>().back().bytes.empty());
+    EXPECT_TRUE(testsupport::recorded().all<IoctlRecord>().back().bytes.empty());
 }
 
 TEST_F(ModemTest, AbsentDeviceFailsToOpenAndKeepsTheOpenedOne) {
@@ -211,7 +211,7 @@ TEST_F(ModemTest, AbsentDeviceFailsToOpenAndKeepsTheOpenedOne) {
     sFd = open(VEXA_DEV_PATH, O_RDWR);
     ASSERT_GE(sFd, 0);
     EXPECT_EQ(sFd, modem.deviceFd());
-    const std::vector<OpenRecord> opens = Recorder::instance().all<OpenRecord>();
+    const std::vector<OpenRecord> opens = testsupport::recorded().all<OpenRecord>();
     ASSERT_EQ(3u, opens.size());
     EXPECT_EQ(ENOENT, opens[1].errnum);
     EXPECT_EQ(sFd, opens[2].fd);
@@ -228,7 +228,7 @@ TEST_F(ModemTest, OtherDescriptorsAndPathsGoToLibc) {
     close(fds[1]);
     EXPECT_EQ(-1, open("/dev/vexa0", O_RDWR));
     EXPECT_EQ(ENOENT, errno);
-    EXPECT_TRUE(Recorder::instance().records().empty());
+    EXPECT_TRUE(testsupport::recorded().records().empty());
 }
 
 TEST_F(ModemTest, EachReadReturnsOneRecordOrTheFailure) {
@@ -244,7 +244,7 @@ TEST_F(ModemTest, EachReadReturnsOneRecordOrTheFailure) {
     EXPECT_EQ(second, results[1].bytes);
     EXPECT_EQ(-1, results[2].ret);
     EXPECT_EQ(EIO, results[2].errnum);
-    const std::vector<ReadRecord> reads = Recorder::instance().all<ReadRecord>();
+    const std::vector<ReadRecord> reads = testsupport::recorded().all<ReadRecord>();
     ASSERT_EQ(4u, reads.size());  // and the stop
     EXPECT_EQ(44, reads[1].ret);
     EXPECT_EQ(second, reads[1].bytes);
@@ -263,7 +263,7 @@ TEST_F(ModemTest, ReadSizeCutsOrPadsTheRecord) {
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.readSize);
-        Recorder::instance().clear();
+        testsupport::recorded().clear();
         Reader reader(sFd, c.count);
         Bytes record = event(6, c.payload);
         ASSERT_TRUE(modem.deliverEvent(record, c.readSize));
@@ -272,7 +272,7 @@ TEST_F(ModemTest, ReadSizeCutsOrPadsTheRecord) {
         ASSERT_EQ(1u, reader.results.size());
         EXPECT_EQ(static_cast<long>(c.expected), reader.results[0].ret);
         EXPECT_EQ(record, reader.results[0].bytes);
-        EXPECT_EQ(record, Recorder::instance().all<ReadRecord>().at(0).bytes);
+        EXPECT_EQ(record, testsupport::recorded().all<ReadRecord>().at(0).bytes);
     }
 }
 
@@ -291,13 +291,77 @@ TEST_F(ModemTest, UntakenRecordIsDroppedAfterTheTimeout) {
     EXPECT_FALSE(modem.deliverEvent(event(1, 0), 16, milliseconds(100)));
     EXPECT_GE(std::chrono::steady_clock::now() - start, milliseconds(100));
     EXPECT_FALSE(modem.deliverReadFailure(EIO, milliseconds(50)));
-    EXPECT_TRUE(Recorder::instance().all<ReadRecord>().empty());
+    EXPECT_TRUE(testsupport::recorded().all<ReadRecord>().empty());
 
     Reader reader(sFd, ModemEmulator::kMaxRead);  // a later reader gets the next record only
     ASSERT_TRUE(modem.deliverEvent(event(5, 0), 16));
     reader.stop();
     ASSERT_EQ(1u, reader.results.size());
     EXPECT_EQ(event(5, 0), reader.results[0].bytes);
+}
+
+TEST_F(ModemTest, QueuedRecordsAreReadInOrderWithoutAHandShake) {
+    const Bytes started = event(1, 0), conn = event(6, 28);
+    EXPECT_EQ(2u, modem.queueEvents(started, started.size(), 2));  // before any reader
+    EXPECT_TRUE(modem.queueEvent(conn, 20));
+    EXPECT_TRUE(modem.queueReadFailure(EIO));
+    Reader reader(sFd, ModemEmulator::kMaxRead);
+    ASSERT_TRUE(modem.waitQueueDrained());
+    EXPECT_EQ(4, reader.handled);
+    reader.stop();
+    ASSERT_EQ(4u, reader.results.size());
+    EXPECT_EQ(started, reader.results[0].bytes);
+    EXPECT_EQ(started, reader.results[1].bytes);
+    EXPECT_EQ(Bytes(conn.begin(), conn.begin() + 20), reader.results[2].bytes);
+    EXPECT_EQ(-1, reader.results[3].ret);
+    EXPECT_EQ(EIO, reader.results[3].errnum);
+    const std::vector<ReadRecord> reads = testsupport::recorded().all<ReadRecord>();
+    ASSERT_EQ(5u, reads.size());  // and the stop
+    EXPECT_EQ(20, reads[2].ret);
+    EXPECT_EQ(reader.results[2].bytes, reads[2].bytes);
+    EXPECT_EQ(EIO, reads[3].errnum);
+}
+
+TEST_F(ModemTest, FullQueueTakesNoCopiesAndWaitsForRoomWhileTheReaderReads) {
+    const size_t capacity = ModemEmulator::kQueueCapacity;
+    std::vector<Bytes> records;
+    for (size_t i = 0; i <= capacity; ++i) {
+        records.push_back(event(1, 4));
+        memcpy(records.back().data() + 16, &i, 4);  // tells the records apart
+    }
+    for (size_t i = 0; i < capacity; ++i) ASSERT_TRUE(modem.queueEvent(records[i], 20));
+    EXPECT_EQ(0u, modem.queueEvents(records[0], 20, 1));
+    Reader reader(sFd, ModemEmulator::kMaxRead);
+    EXPECT_TRUE(modem.queueEvent(records[capacity], 20)) << "no room came";
+    ASSERT_TRUE(modem.waitQueueDrained());
+    reader.stop();
+    ASSERT_EQ(capacity + 1, reader.results.size());
+    for (size_t i = 0; i <= capacity; ++i) ASSERT_EQ(records[i], reader.results[i].bytes) << i;
+}
+
+TEST_F(ModemTest, ReaderBusyWithAQueuedRecordIsWaitedForPastTheTimeout) {
+    Reader reader(sFd, ModemEmulator::kMaxRead, milliseconds(300));
+    ASSERT_TRUE(modem.waitReaderBlocked());
+    const Bytes started = event(1, 0);
+    ASSERT_EQ(2u, modem.queueEvents(started, started.size(), 2));
+    EXPECT_TRUE(modem.waitQueueDrained(milliseconds(50)));
+    EXPECT_EQ(2, reader.handled);
+}
+
+TEST_F(ModemTest, QueuedRecordsNobodyReadsAreDroppedAfterTheTimeout) {
+    ASSERT_FALSE(modem.waitReaderBlocked(milliseconds(50)));
+    const Bytes lost = event(1, 0), kept = event(5, 0);
+    ASSERT_EQ(2u, modem.queueEvents(lost, lost.size(), 2));
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_FALSE(modem.waitQueueDrained(milliseconds(100)));
+    EXPECT_GE(std::chrono::steady_clock::now() - start, milliseconds(100));
+
+    Reader reader(sFd, ModemEmulator::kMaxRead);  // a later reader gets the next record only
+    ASSERT_TRUE(modem.queueEvent(kept, kept.size()));
+    ASSERT_TRUE(modem.waitQueueDrained());
+    reader.stop();
+    ASSERT_EQ(1u, reader.results.size());
+    EXPECT_EQ(kept, reader.results[0].bytes);
 }
 
 // Reads a stream to its end in small freads, as the service does, and closes it.
@@ -386,7 +450,7 @@ std::string threadName() {
 }
 
 TEST(LogCaptureTest, LinesAreRecordedAsFormattedWithTheThreadAndNotPrinted) {
-    Recorder::instance().clear();
+    testsupport::recorded().clear();
     ::testing::internal::CaptureStderr();
     __android_log_print(ANDROID_LOG_INFO, "TetherOffload", "open %s done, fd=%d\n", "/dev/vexa", 7);
     std::thread([] {
@@ -395,7 +459,7 @@ TEST(LogCaptureTest, LinesAreRecordedAsFormattedWithTheThreadAndNotPrinted) {
     }).join();
     EXPECT_EQ("", ::testing::internal::GetCapturedStderr());
 
-    const std::vector<LogRecord> logs = Recorder::instance().all<LogRecord>();
+    const std::vector<LogRecord> logs = testsupport::recorded().all<LogRecord>();
     ASSERT_EQ(2u, logs.size());
     EXPECT_EQ(ANDROID_LOG_INFO, logs[0].prio);
     EXPECT_EQ("TetherOffload", logs[0].tag);
@@ -426,7 +490,7 @@ TEST(StandardErrorTest, ClosedMakesWritesFailAndOpenRestoresThem) {
 TEST(PeersTest, SwitchWhileInUse) {
     using ::vendor::korvan::hardware::plexd::V1_0::IPlexd;
     namespace V1_1 = ::android::hardware::tetheroffload::control::V1_1;
-    Recorder::instance().clear();
+    testsupport::recorded().clear();
     std::atomic<bool> done{false};
     std::atomic<size_t> agentCalls{0}, callbackCalls{0};
     std::thread switcher([&] {  // until both threads made calls, or 5 s
@@ -461,8 +525,8 @@ TEST(PeersTest, SwitchWhileInUse) {
     events.join();
     FakeAgent::setMode(FakeAgent::Mode::kUp);
     Framework::setAlive(true);
-    EXPECT_EQ(agentCalls.load(), Recorder::instance().all<AgentRecord>().size());
-    EXPECT_EQ(callbackCalls.load(), Recorder::instance().all<CallbackRecord>().size());
+    EXPECT_EQ(agentCalls.load(), testsupport::recorded().all<AgentRecord>().size());
+    EXPECT_EQ(callbackCalls.load(), testsupport::recorded().all<CallbackRecord>().size());
     EXPECT_NE(nullptr, IPlexd::getService("default", false));
     EXPECT_GE(agentCalls.load(), 100u) << "the threads did not overlap";
     EXPECT_GE(callbackCalls.load(), 100u) << "the threads did not overlap";

@@ -15,8 +15,7 @@
  */
 
 // The host executable's pieces that the example traces do not show: the word and number rules of
-// a scenario line, the text trace, the JSON of what no example records, the stub-rule checks on
-// the service's replies, and the console.
+// a scenario line, the text trace, the stub-rule checks on the service's replies, and the console.
 
 #include <gtest/gtest.h>
 #include <stdlib.h>
@@ -24,17 +23,15 @@
 
 #include <cstdio>
 #include <deque>
-#include <nlohmann/json.hpp>
 
 #include "Console.h"
-#include "JsonTrace.h"
 #include "LogcatTrace.h"
 #include "ReplyCheck.h"
 #include "ScenarioParser.h"
 #include "TextTrace.h"
 #include "VexaDecoder.h"
 #include "datapath/vexa_protocol.h"
-#include "hostplatform/Recorder.h"
+#include "tests/support/RetainingSink.h"
 
 namespace hostrunner {
 namespace {
@@ -93,6 +90,18 @@ TEST(ScenarioLineTest, WordsQuotesEscapesNumbersAndComments) {
     EXPECT_EQ("error: help: only in the console", reading("help"));
     EXPECT_EQ("dump", reading("dump  # the state"));
     EXPECT_EQ("error: dump: expected 0 arguments, got 1", reading("dump all"));
+}
+
+TEST(ScenarioScriptTest, LinesNumberedAndDeviceAbsentOnlyFirst) {
+    const ScriptResult good = parseScript("device absent\n\n# c\ndevice absent\nwait 1", "s");
+    ASSERT_EQ("", good.error);
+    ASSERT_EQ(3u, good.commands.size());
+    EXPECT_EQ(4, good.commands[1].line);
+    EXPECT_EQ(5, good.commands[2].line) << "the last line needs no newline";
+    const ScriptResult late = parseScript("device absent\nwait 1\n\ndevice absent\n", "s");
+    EXPECT_EQ("s:4: device absent: only before any other command", late.error);
+    EXPECT_TRUE(late.commands.empty());
+    EXPECT_EQ("s:2: unknown command 'x'", parseScript("wait 1\nx\n", "s").error);
 }
 
 Record at(int64_t t, RecordBody body) {
@@ -205,18 +214,6 @@ TEST(VexaDecoderTest, NamesEveryFieldOfRequestsAndEvents) {
     EXPECT_EQ("54000000000000000000000000000000...+240 zero bytes", toShortHex(stats));
 }
 
-TEST(JsonTraceTest, ErrorAndDumpRecordsAndAnyBytesStayValidJson) {
-    EXPECT_EQ(R"({"k":"error","t":5,"line":3,"msg":"wait: malformed number 'x'"})",
-              toJsonLine(at(5, ErrorRecord{3, "wait: malformed number 'x'"})));
-    EXPECT_EQ(R"({"k":"dump","t":6,"text":"a: \"\"\n"})",
-              toJsonLine(at(6, DumpRecord{"a: \"\"\n"})));
-    const std::string line =
-            toJsonLine(at(1, LogRecord{6, "T", std::string("\xff\"q\" \x01\n"), "x"}));
-    EXPECT_EQ(std::string::npos, line.find('\n'));
-    const std::string msg = nlohmann::json::parse(line)["msg"];
-    EXPECT_NE(std::string::npos, msg.find("\"q\" \x01\n")) << line;
-}
-
 using ReplyCheckDeathTest = ::testing::Test;
 
 TEST(ReplyCheckDeathTest, EndsTheProcessWhenTheStubRulesAreBroken) {
@@ -269,7 +266,7 @@ std::string contents(FILE* f) {
 }
 
 TEST(ConsoleTest, ReportsBadLinesAndGoesOnUntilQuit) {
-    Recorder::instance().clear();
+    testsupport::recorded().clear();
     FILE* out = tmpfile();
     FILE* err = tmpfile();
     ScriptedLines lines(
@@ -281,7 +278,7 @@ TEST(ConsoleTest, ReportsBadLinesAndGoesOnUntilQuit) {
             "<stdin>:2: unknown command 'launch'\n"
             "<stdin>:4: device absent: only at the start of a script\n",
             contents(err));
-    const std::vector<ErrorRecord> errors = Recorder::instance().all<ErrorRecord>();
+    const std::vector<ErrorRecord> errors = testsupport::recorded().all<ErrorRecord>();
     ASSERT_EQ(2u, errors.size());
     EXPECT_EQ(4, errors[1].line);
     EXPECT_EQ("device absent: only at the start of a script", errors[1].msg);

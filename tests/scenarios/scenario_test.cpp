@@ -68,11 +68,17 @@ struct ServiceRun {
     std::string out, err;
 };
 
+// Standard input is a file, which the service can read twice, or a pipe, which it cannot.
+enum class Stdin { kFile, kPipe };
+
 // Runs the service with `args` (shell words) and `input` on standard input.
-ServiceRun runService(const std::string& args, const std::string& input = "") {
+ServiceRun runService(const std::string& args, const std::string& input = "",
+                      Stdin from = Stdin::kFile) {
     writeFile(scratch("in"), input);
-    const std::string command = std::string("'") + TETHEROFFLOAD_SERVICE + "' " + args + " <" +
-                                scratch("in") + " >" + scratch("out") + " 2>" + scratch("err");
+    const std::string service = std::string("'") + TETHEROFFLOAD_SERVICE + "' " + args;
+    const std::string command = (from == Stdin::kFile ? service + " <" + scratch("in")
+                                                      : "cat " + scratch("in") + " | " + service) +
+                                " >" + scratch("out") + " 2>" + scratch("err");
     const int status = system(command.c_str());
     ServiceRun run{WIFEXITED(status) ? WEXITSTATUS(status) : -1, readFile(scratch("out")),
                    readFile(scratch("err"))};
@@ -264,6 +270,42 @@ TEST(ExitTest, EndsWithMainsStatusAfterTheLastLineWhateverTheInput) {
     EXPECT_EQ(R"({"k":"exit","status":0})", stableForm(records.back()).dump());
 }
 
+TEST(ExitTest, ReaderSlowerThanTheServiceStillGetsEveryRecordWithTheExitLast) {
+    std::string script = kPinnedProc + "initOffload 1.1\n";
+    // Many times what the trace holds back; the reader sleeps longer than a delivery may wait.
+    constexpr int kEvents = 3000;
+    for (int i = 0; i < kEvents; ++i) script += i % 2 ? "modem event STARTED\n" : "modem conn\n";
+    writeFile(scratch("in"), script);
+    const std::string command = std::string("'") + TETHEROFFLOAD_SERVICE + "' --trace=jsonl <" +
+                                scratch("in") + " | (sleep 2; cat) >" + scratch("out");
+    ASSERT_EQ(0, system(command.c_str()));
+    const std::vector<Json> records = parseTrace(readFile(scratch("out")));
+    unlink(scratch("in").c_str());
+    unlink(scratch("out").c_str());
+    int reads = 0, callbacks = 0;
+    for (const Json& r : records) {
+        reads += r.value("k", "") == "read";
+        callbacks += r.value("k", "") == "callback";
+    }
+    EXPECT_EQ(kEvents, reads);
+    EXPECT_EQ(kEvents, callbacks);
+    ASSERT_FALSE(records.empty());
+    EXPECT_EQ(R"({"k":"exit","status":0})", stableForm(records.back()).dump());
+}
+
+// A script is checked whole before it runs, also when standard input is a pipe.
+TEST(InputTest, ScriptFromAPipeRunsAsFromAFile) {
+    const std::string script =
+            "device absent\n" + kPinnedProc + "initOffload 1.1\n# a comment\n\nstopOffload";
+    const ServiceRun fromFile = runService("--trace=jsonl", script);
+    const ServiceRun fromPipe = runService("--trace=jsonl", script, Stdin::kPipe);
+    ASSERT_EQ(0, fromPipe.status) << fromPipe.err;
+    EXPECT_EQ(stableTrace(parseTrace(fromFile.out)), stableTrace(parseTrace(fromPipe.out)));
+    EXPECT_NE(std::string::npos, fromPipe.out.find(R"("errno":2)")) << "device absent applied";
+    EXPECT_NE(std::string::npos, fromPipe.out.find(R"("line":7,"op":"stopOffload")"))
+            << "the last line, without its newline";
+}
+
 TEST(BadInputTest, RefusedWithFileAndLineBeforeAnythingRuns) {
     const std::pair<std::string, std::string> scripts[] = {
             {"initOffload 1.1\nlaunch now\n", "2: unknown command 'launch'"},
@@ -278,12 +320,14 @@ TEST(BadInputTest, RefusedWithFileAndLineBeforeAnythingRuns) {
         writeFile(scratch("bad.scenario"), script);
         const ServiceRun fromFile = runService(scratch("bad.scenario"));
         const ServiceRun fromStdin = runService("--trace=jsonl", script);
-        for (const ServiceRun& run : {fromFile, fromStdin}) {
+        const ServiceRun fromPipe = runService("--trace=jsonl", script, Stdin::kPipe);
+        for (const ServiceRun& run : {fromFile, fromStdin, fromPipe}) {
             EXPECT_EQ(2, run.status) << script;
             EXPECT_EQ("", run.out) << script;
         }
         EXPECT_EQ(scratch("bad.scenario") + ":" + where + "\n", fromFile.err);
         EXPECT_EQ("<stdin>:" + where + "\n", fromStdin.err);
+        EXPECT_EQ("<stdin>:" + where + "\n", fromPipe.err);
     }
     unlink(scratch("bad.scenario").c_str());
     const std::pair<std::string, std::string> commandLines[] = {

@@ -21,22 +21,21 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <hostplatform/ModemEmulator.h>
-#include <hostplatform/Recorder.h>
 #include <hostplatform/ServiceRegistry.h>
 #include <signal.h>
 
+#include "tests/support/RetainingSink.h"
 #include "tests/support/TestSupport.h"
 
 int tetheroffloadServiceMain();
 
 using android::hardware::tetheroffload::config::V1_0::IOffloadConfig;
-using hostplatform::Recorder;
 using testsupport::Reply;
 
 namespace {
 
 TEST(MainTest, RegistersAndStartsTheEventThreadBeforeServingAndExitsWhenThePoolIsLeft) {
-    Recorder::instance().clear();
+    testsupport::recorded().clear();
     bool sigpipeBlocked = false;
     bool readerWaiting = false;
     Reply served(false, "<not served>");
@@ -62,7 +61,7 @@ TEST(MainTest, RegistersAndStartsTheEventThreadBeforeServingAndExitsWhenThePoolI
     EXPECT_EQ(Reply(true, "Successful"), served);
     // The order in which the kinds of start-up record first appear.
     std::vector<std::string> order;
-    for (const auto& r : Recorder::instance().records()) {
+    for (const auto& r : testsupport::recorded().records()) {
         const char* kind = std::holds_alternative<hostplatform::ThreadpoolRecord>(r.body) ? "pool"
                            : std::holds_alternative<hostplatform::RegisterRecord>(r.body)
                                    ? "register"

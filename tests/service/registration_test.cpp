@@ -20,19 +20,18 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <hostplatform/Recorder.h>
 #include <hostplatform/ServiceRegistry.h>
 
 #include <fstream>
 #include <regex>
 #include <set>
 
+#include "tests/support/RetainingSink.h"
 #include "tests/support/TestSupport.h"
 
 using android::sp;
 using android::hardware::tetheroffload::config::V1_0::IOffloadConfig;
 using android::hidl::base::V1_0::IBase;
-using hostplatform::Recorder;
 using hostplatform::ServiceRegistry;
 using testsupport::Reply;
 using testsupport::ResultCallback;
@@ -76,9 +75,9 @@ std::string installedFile(const std::string& key) {
 class RegistrationTest : public testing::Test {
 protected:
     static void SetUpTestSuite() {
-        Recorder::instance().clear();
+        testsupport::recorded().clear();
         sHal = TetherOffloadHal::makeTetherOffloadHal();
-        for (const auto& r : Recorder::instance().all<hostplatform::RegisterRecord>()) {
+        for (const auto& r : testsupport::recorded().all<hostplatform::RegisterRecord>()) {
             sRegistered.insert({r.interface, r.name});
         }
     }

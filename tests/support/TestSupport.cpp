@@ -20,7 +20,6 @@
 #include <hostplatform/FakeAgent.h>
 #include <hostplatform/ModemEmulator.h>
 #include <hostplatform/ProcFiles.h>
-#include <hostplatform/Recorder.h>
 #include <hostplatform/StandardError.h>
 #include <string.h>
 #include <unistd.h>
@@ -28,11 +27,11 @@
 #include <algorithm>
 
 #include "datapath/vexa_protocol.h"
+#include "tests/support/RetainingSink.h"
 
 using hostplatform::Framework;
 using hostplatform::ModemEmulator;
 using hostplatform::ProcFiles;
-using hostplatform::Recorder;
 
 namespace testsupport {
 
@@ -77,7 +76,7 @@ std::string describeRequest(const std::vector<uint8_t>& b) {
 
 Lines deviceRequests() {
     Lines out;
-    for (const auto& r : Recorder::instance().all<hostplatform::IoctlRecord>()) {
+    for (const auto& r : testsupport::recorded().all<hostplatform::IoctlRecord>()) {
         out.push_back(describeRequest(r.bytes));
     }
     return out;
@@ -85,14 +84,14 @@ Lines deviceRequests() {
 
 Lines agentCommands() {
     Lines out;
-    for (const auto& r : Recorder::instance().all<hostplatform::AgentRecord>())
+    for (const auto& r : testsupport::recorded().all<hostplatform::AgentRecord>())
         out.push_back(r.cmd);
     return out;
 }
 
 std::vector<LogLine> logEntries() {
     std::vector<LogLine> out;
-    for (const auto& r : Recorder::instance().all<hostplatform::LogRecord>()) {
+    for (const auto& r : testsupport::recorded().all<hostplatform::LogRecord>()) {
         if (r.tag == "TetherOffload") out.emplace_back(r.prio, r.msg);
     }
     return out;
@@ -142,7 +141,7 @@ void HalTest::SetUp() {
     ProcFiles::instance().setContent(ProcFiles::Proto::kTcp, "7440\n");
     ProcFiles::instance().setContent(ProcFiles::Proto::kUdp, "180\n");
     mHal = new vendor::tetheroffload::TetherOffloadHal();
-    Recorder::instance().clear();
+    testsupport::recorded().clear();
 }
 
 void HalTest::TearDown() {
@@ -151,7 +150,7 @@ void HalTest::TearDown() {
     mHal->stopOffload([](bool, const android::hardware::hidl_string&) {});
     mHal.clear();
     ProcFiles::instance().reset();
-    Recorder::instance().clear();
+    testsupport::recorded().clear();
 }
 
 Reply HalTest::init(Framework::Version version) {

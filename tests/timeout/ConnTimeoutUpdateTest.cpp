@@ -26,6 +26,7 @@
 #include <vector>
 
 #include "tests/datapath/RecordedLog.h"
+#include "tests/support/RetainingSink.h"
 #include "timeout/ConnTimeoutUpdate.h"
 
 using datapath_test::error;
@@ -33,7 +34,6 @@ using datapath_test::info;
 using datapath_test::LogLine;
 using datapath_test::logLines;
 using hostplatform::Framework;
-using hostplatform::Recorder;
 using Lines = std::vector<std::string>;
 
 namespace {
@@ -61,7 +61,7 @@ int relay(vexa_dev_rsp_common_t rsp, Framework::Version version = Framework::Ver
 // "updateTimeout SRC:PORT DST:PORT PROTO" for each call the framework heard.
 Lines updates() {
     Lines out;
-    for (const auto& u : Recorder::instance().all<hostplatform::CallbackRecord>()) {
+    for (const auto& u : testsupport::recorded().all<hostplatform::CallbackRecord>()) {
         out.push_back(u.op + " " + u.src.addr + ":" + std::to_string(u.src.port) + " " +
                       u.dst.addr + ":" + std::to_string(u.dst.port) + " " + std::to_string(u.proto));
     }
@@ -79,7 +79,7 @@ TEST(ConnTimeoutUpdateTest, SlotsProtocolAndDestinationNat) {
     for (auto version : {Framework::Version::k1_0, Framework::Version::k1_1}) {
         for (const auto& [proto, dstNat, update] : cases) {
             SCOPED_TRACE(update);
-            Recorder::instance().clear();
+            testsupport::recorded().clear();
             EXPECT_EQ(relay(connRecord(proto, dstNat), version), 0);
             EXPECT_EQ(updates(), Lines{update});
         }
@@ -89,7 +89,7 @@ TEST(ConnTimeoutUpdateTest, SlotsProtocolAndDestinationNat) {
 TEST(ConnTimeoutUpdateTest, PayloadOfTheWrongLengthIsRejected) {
     for (uint32_t len : {27u, 29u}) {
         SCOPED_TRACE(len);
-        Recorder::instance().clear();
+        testsupport::recorded().clear();
         EXPECT_EQ(relay(connRecord(17, 0, len), Framework::Version::k1_1), -1);
         EXPECT_EQ(logLines(),
                   std::vector<LogLine>{error("a wrong format event for udp timeout update \n")});
@@ -113,7 +113,7 @@ TEST(ConnTimeoutUpdateTest, AddressesAreLoggedOnDebugBuildsOnly) {
                          std::to_string(dstNat));
             hostplatform::Properties::clear();
             if (buildType != nullptr) hostplatform::Properties::set("ro.build.type", buildType);
-            Recorder::instance().clear();
+            testsupport::recorded().clear();
             ASSERT_EQ(relay(connRecord(17, dstNat)), 0);
             EXPECT_EQ(logLines(), debug ? (dstNat ? natted : plain) : std::vector<LogLine>{});
         }

@@ -31,6 +31,7 @@ class ModemEmulator {
 public:
     static constexpr const char* kDevicePath = "/dev/vexa";
     static constexpr size_t kMaxRead = 272;
+    static constexpr size_t kQueueCapacity = 4096;
 
     static ModemEmulator& instance();
 
@@ -57,6 +58,26 @@ public:
 
     // Makes the next read() fail with `errnum`, with the same synchronisation as deliverEvent.
     bool deliverReadFailure(int errnum, std::chrono::milliseconds timeout = kDeliveryTimeout);
+
+    // Queued mode: records wait on the device and each read() takes the next one at once, with
+    // no hand-shake; queued records come before a delivery. A record holds at most kMaxRead
+    // bytes, and at most kQueueCapacity wait at a time. When the queue is full, waits for room as
+    // long as the reader takes records or works on one it took; false when it did neither for
+    // `timeout` (the record is dropped, with those still waiting).
+    bool queueEvent(const std::vector<uint8_t>& record, size_t readSize,
+                    std::chrono::milliseconds timeout = kDeliveryTimeout);
+
+    // Queues a read() that fails with `errnum`, as queueEvent does.
+    bool queueReadFailure(int errnum, std::chrono::milliseconds timeout = kDeliveryTimeout);
+
+    // Queues `copies` copies of the record as far as there is room, without waiting; returns
+    // how many. For measuring the reader alone.
+    size_t queueEvents(const std::vector<uint8_t>& record, size_t readSize, size_t copies);
+
+    // Waits until every queued record has been read and the reader is blocked in read() again.
+    // False when the reader neither took one nor worked on one for `timeout`: those left are
+    // dropped.
+    bool waitQueueDrained(std::chrono::milliseconds timeout = kDeliveryTimeout);
 
     // Waits until a reader is blocked in read() on the device. False after `timeout`, or at once
     // when the device was never opened.

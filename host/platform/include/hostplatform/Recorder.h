@@ -15,10 +15,12 @@
  */
 
 // The host layer's record of everything that crosses the service's boundaries. Every piece of the
-// stand-in adds records here; the trace writers and the tests read them.
+// stand-in adds records here and the recorder hands each one to its sinks: the trace of the host
+// executable, a test's retaining sink. It keeps none itself, so a run of any length stays flat.
 
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <mutex>
@@ -134,32 +136,22 @@ public:
 
     static Recorder& instance();
 
+    // Whether any sink would see a record: without one, callers may skip building it.
+    bool listening() const { return mListening.load(std::memory_order_relaxed); }
+
+    // Stamps the record and hands it to every sink; without a sink it is dropped.
     void add(RecordBody body);
 
     void addSink(Sink sink);
     void clearSinks();
-
-    std::vector<Record> records() const;
-    void clear();
-
-    // All records of one kind, in order.
-    template <typename T>
-    std::vector<T> all() const {
-        std::lock_guard<std::mutex> lock(mLock);
-        std::vector<T> out;
-        for (const Record& r : mRecords) {
-            if (const T* body = std::get_if<T>(&r.body)) out.push_back(*body);
-        }
-        return out;
-    }
 
 private:
     Recorder();
 
     mutable std::mutex mLock;
     const int64_t mStartMicros;
-    std::vector<Record> mRecords;
     std::vector<Sink> mSinks;
+    std::atomic<bool> mListening{false};
 };
 
 }  // namespace hostplatform

@@ -1,0 +1,26 @@
+/*
+ * Copyright (C) 2026 The Tether Offload Project
+ *
+ * Licensed under the Apache License, Version 2.0 (the "License");
+ * you may not use this file except in compliance with the License.
+ * You may obtain a copy of the License at
+ *
+ *      http://www.apache.org/licenses/LICENSE-2.0
+ *
+ * Unless required by applicable law or agreed to in writing, software
+ * distributed under the License is distributed on an "AS IS" BASIS,
+ * WITHOUT WARRANTIES OR CONDITIONS OF ANY KIND, either express or implied.
+ * See the License for the specific language governing permissions and
+ * limitations under the License.
+ */
+
+// The host executable end to end, as a person runs it: `initOffload 1.1` and then N status
+// events, with the JSON Lines trace to /dev/null. Events per second and peak resident memory.
+
+#pragma once
+
+namespace bench {
+
+void registerHostRuns();
+
+}  // namespace bench
