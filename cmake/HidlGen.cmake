@@ -57,6 +57,8 @@ function(hidl_gen_package package)
 
     add_custom_command(
         OUTPUT ${headers}
+        # hidl-gen's own mkdir fails when another package's run makes the same parent at once.
+        COMMAND ${CMAKE_COMMAND} -E make_directory ${HIDL_GEN_SCRATCH_DIR}/${dir}
         COMMAND ${HIDL_GEN_EXECUTABLE} -R -p ${CMAKE_CURRENT_SOURCE_DIR} -o ${HIDL_GEN_SCRATCH_DIR}
                 -L c++-headers ${roots} ${package}
         COMMAND ${CMAKE_COMMAND} "-DHEADERS=${generated}"
