@@ -9,8 +9,7 @@ TETHEROFFLOAD_ROOT="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 source "$TETHEROFFLOAD_ROOT/scripts/deps.sh"
 
 install_missing_packages >&2
-cmake -S "$TETHEROFFLOAD_ROOT" -B "$TETHEROFFLOAD_ROOT/build-bench" -DCMAKE_BUILD_TYPE=RelWithDebInfo \
-    >/dev/null
+configure_tree build-bench g++ -DCMAKE_BUILD_TYPE=RelWithDebInfo >&2
 cmake --build "$TETHEROFFLOAD_ROOT/build-bench" --target tetheroffload-bench -j "$(nproc)" >&2
 
 echo "Machine: $(nproc) cores, $(uname -sr), load average $(cut -d' ' -f1-3 /proc/loadavg)"

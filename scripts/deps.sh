@@ -27,10 +27,26 @@ install_missing_packages() {
     DEBIAN_FRONTEND=noninteractive $sudo apt-get install -y -qq --no-install-recommends "${missing[@]}"
 }
 
-# configure_and_build DIR [cmake options...]: configures once, then builds incrementally.
+# configure_tree DIR COMPILER [cmake options...]: configures DIR with that C++ compiler. CMake
+# cannot switch the compiler of a configured tree (it would start over without the other
+# options), so a tree made with another one is removed first. Every script configures build/ with
+# g++, so that they share it.
+configure_tree() {
+    local dir="$1" compiler="$2"
+    local cache="$TETHEROFFLOAD_ROOT/$dir/CMakeCache.txt" cached=""
+    shift 2
+    if [ -f "$cache" ]; then
+        cached="$(sed -n 's/^CMAKE_CXX_COMPILER:[A-Z]*=//p' "$cache")"
+    fi
+    if [ -n "$cached" ] && [ "$cached" != "$(command -v "$compiler")" ]; then
+        rm -rf "${TETHEROFFLOAD_ROOT:?}/$dir"
+    fi
+    cmake -S "$TETHEROFFLOAD_ROOT" -B "$TETHEROFFLOAD_ROOT/$dir" -DCMAKE_CXX_COMPILER="$compiler" \
+        "$@" >/dev/null
+}
+
+# configure_and_build DIR COMPILER [cmake options...]: configures, then builds incrementally.
 configure_and_build() {
-    local dir="$1"
-    shift
-    cmake -S "$TETHEROFFLOAD_ROOT" -B "$TETHEROFFLOAD_ROOT/$dir" "$@" >/dev/null
-    cmake --build "$TETHEROFFLOAD_ROOT/$dir" -j "$(nproc)"
+    configure_tree "$@"
+    cmake --build "$TETHEROFFLOAD_ROOT/$1" -j "$(nproc)"
 }

@@ -37,7 +37,7 @@ fi
 
 install_missing_packages
 build="$TETHEROFFLOAD_ROOT/build-fuzz"
-CC=clang CXX=clang++ cmake -S "$TETHEROFFLOAD_ROOT" -B "$build" -DTETHEROFFLOAD_FUZZ=ON >/dev/null
+configure_tree build-fuzz clang++ -DTETHEROFFLOAD_FUZZ=ON
 cmake --build "$build" --target fuzz_targets -j "$(nproc)"
 
 # run_target NAME: one run; prints "NAME EXECS EXEC/S FINDINGS".

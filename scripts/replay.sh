@@ -7,6 +7,6 @@ TETHEROFFLOAD_ROOT="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 source "$TETHEROFFLOAD_ROOT/scripts/deps.sh"
 
 install_missing_packages >&2
-cmake -S "$TETHEROFFLOAD_ROOT" -B "$TETHEROFFLOAD_ROOT/build" >/dev/null
+configure_tree build g++ >&2
 cmake --build "$TETHEROFFLOAD_ROOT/build" --target tetheroffload-replay -j "$(nproc)" >&2
 exec "$TETHEROFFLOAD_ROOT/build/host/replay/tetheroffload-replay" "$@"

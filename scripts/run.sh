@@ -7,7 +7,7 @@ TETHEROFFLOAD_ROOT="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 source "$TETHEROFFLOAD_ROOT/scripts/deps.sh"
 
 install_missing_packages >&2
-cmake -S "$TETHEROFFLOAD_ROOT" -B "$TETHEROFFLOAD_ROOT/build" >/dev/null
+configure_tree build g++ >&2
 cmake --build "$TETHEROFFLOAD_ROOT/build" --target tetheroffload-service -j "$(nproc)" >&2
 
 service="$TETHEROFFLOAD_ROOT/build/service/tetheroffload-service"

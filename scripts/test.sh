@@ -7,39 +7,23 @@ set -euo pipefail
 TETHEROFFLOAD_ROOT="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 source "$TETHEROFFLOAD_ROOT/scripts/deps.sh"
 
-# build_with DIR COMPILER [cmake options...]: configure_and_build with that compiler. CMake cannot
-# switch the compiler of a configured tree (it would start over without the other options), so a
-# tree made with another one is removed first.
-build_with() {
-    local dir="$1" compiler="$2"
-    local cache="$TETHEROFFLOAD_ROOT/$dir/CMakeCache.txt" cached=""
-    shift 2
-    if [ -f "$cache" ]; then
-        cached="$(sed -n 's/^CMAKE_CXX_COMPILER:[A-Z]*=//p' "$cache")"
-    fi
-    if [ -n "$cached" ] && [ "$cached" != "$(command -v "$compiler")" ]; then
-        rm -rf "${TETHEROFFLOAD_ROOT:?}/$dir"
-    fi
-    configure_and_build "$dir" -DCMAKE_CXX_COMPILER="$compiler" "$@"
-}
-
 install_missing_packages
 
 echo "== style"
 "$TETHEROFFLOAD_ROOT/scripts/check-format.sh"
 
 echo "== plain build (g++)"
-build_with build g++
+configure_and_build build g++
 ctest --test-dir "$TETHEROFFLOAD_ROOT/build" --output-on-failure -j "$(nproc)"
 
 echo "== AddressSanitizer + UndefinedBehaviorSanitizer (clang, unsigned char)"
-build_with build-asan clang++ -DCMAKE_CXX_FLAGS=-funsigned-char \
+configure_and_build build-asan clang++ -DCMAKE_CXX_FLAGS=-funsigned-char \
     -DTETHEROFFLOAD_SANITIZE=address -DCMAKE_BUILD_TYPE=Debug
 ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 UBSAN_OPTIONS=halt_on_error=1:print_stacktrace=1 \
     ctest --test-dir "$TETHEROFFLOAD_ROOT/build-asan" --output-on-failure -j "$(nproc)"
 
 echo "== ThreadSanitizer (threaded tests, g++)"
-build_with build-tsan g++ -DTETHEROFFLOAD_SANITIZE=thread -DCMAKE_BUILD_TYPE=Debug
+configure_and_build build-tsan g++ -DTETHEROFFLOAD_SANITIZE=thread -DCMAKE_BUILD_TYPE=Debug
 TSAN_OPTIONS=halt_on_error=1:second_deadlock_stack=1 \
     ctest --test-dir "$TETHEROFFLOAD_ROOT/build-tsan" --output-on-failure -j "$(nproc)"
 

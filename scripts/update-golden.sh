@@ -10,7 +10,7 @@ TETHEROFFLOAD_ROOT="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 source "$TETHEROFFLOAD_ROOT/scripts/deps.sh"
 
 install_missing_packages >&2
-cmake -S "$TETHEROFFLOAD_ROOT" -B "$TETHEROFFLOAD_ROOT/build" >/dev/null
+configure_tree build g++ >&2
 cmake --build "$TETHEROFFLOAD_ROOT/build" --target scenario_test -j "$(nproc)" >&2
 
 filter="Examples/*"
