@@ -37,12 +37,15 @@ configure_tree() {
     shift 2
     if [ -f "$cache" ]; then
         cached="$(sed -n 's/^CMAKE_CXX_COMPILER:[A-Z]*=//p' "$cache")"
+        if [ "$(command -v "$cached")" != "$(command -v "$compiler")" ]; then
+            rm -rf "${TETHEROFFLOAD_ROOT:?}/$dir"
+        fi
     fi
-    if [ -n "$cached" ] && [ "$cached" != "$(command -v "$compiler")" ]; then
-        rm -rf "${TETHEROFFLOAD_ROOT:?}/$dir"
+    # Named only for a new tree: naming it again makes CMake rewrite the cache entry.
+    if [ ! -f "$cache" ]; then
+        set -- -DCMAKE_CXX_COMPILER="$compiler" "$@"
     fi
-    cmake -S "$TETHEROFFLOAD_ROOT" -B "$TETHEROFFLOAD_ROOT/$dir" -DCMAKE_CXX_COMPILER="$compiler" \
-        "$@" >/dev/null
+    cmake -S "$TETHEROFFLOAD_ROOT" -B "$TETHEROFFLOAD_ROOT/$dir" "$@" >/dev/null
 }
 
 # configure_and_build DIR COMPILER [cmake options...]: configures, then builds incrementally.
