@@ -21,64 +21,25 @@
 // replay's command line is tested here too: a messy capture and input that is no log.
 
 #include <gtest/gtest.h>
-#include <stdlib.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <regex>
 #include <set>
-#include <sstream>
 #include <string>
 #include <vector>
+
+#include "ProgramRun.h"
 
 namespace {
 
 using Lines = std::vector<std::string>;
 
-std::string readFile(const std::string& path) {
-    std::ostringstream text;
-    text << std::ifstream(path, std::ios::binary).rdbuf();
-    return text.str();
-}
-
-Lines splitLines(const std::string& text) {
-    Lines out;
-    std::istringstream in(text);
-    for (std::string line; std::getline(in, line);) out.push_back(line);
-    return out;
-}
-
-// A file in this process's scratch folder.
-std::string scratch(const std::string& name) {
-    static const std::string* dir = [] {
-        const char* tmp = getenv("TMPDIR");
-        std::string pattern = std::string(tmp ? tmp : "/tmp") + "/tetheroffload-roundtrip-XXXXXX";
-        atexit([] { std::filesystem::remove_all(*dir); });
-        return new std::string(mkdtemp(pattern.data()));
-    }();
-    return *dir + "/" + name;
-}
-
-struct ProgramRun {
-    int status;  // -1 when the process did not exit
-    std::string out, err;
-};
-
-// `program` with `args` (shell words), `input` on standard input.
-ProgramRun run(const std::string& program, const std::string& args, const std::string& input = "") {
-    std::ofstream(scratch("in"), std::ios::binary) << input;
-    const std::string command = "'" + program + "' " + args + " <" + scratch("in") + " >" +
-                                scratch("out") + " 2>" + scratch("err");
-    const int status = system(command.c_str());
-    return ProgramRun{WIFEXITED(status) ? WEXITSTATUS(status) : -1, readFile(scratch("out")),
-                      readFile(scratch("err"))};
-}
+using namespace scenariotest;
 
 ProgramRun replay(const std::string& log, const std::string& args = "") {
-    return run(TETHEROFFLOAD_REPLAY, args, log);
+    return runProgram(TETHEROFFLOAD_REPLAY, args, log);
 }
 
 const std::regex& threadtime() {
@@ -124,12 +85,12 @@ Lines comparableLog(const std::string& logcat) {
 class RoundTripTest : public ::testing::TestWithParam<std::string> {};
 
 TEST_P(RoundTripTest, TheReplayedScenarioLogsTheSameLines) {
-    const ProgramRun first = run(TETHEROFFLOAD_SERVICE, "--trace=logcat " + GetParam());
+    const ProgramRun first = runProgram(TETHEROFFLOAD_SERVICE, "--trace=logcat " + GetParam());
     ASSERT_EQ(0, first.status) << first.err;
     const ProgramRun replayed = replay(first.out);
     ASSERT_EQ(0, replayed.status) << replayed.err;
     EXPECT_EQ("", replayed.err);
-    const ProgramRun second = run(TETHEROFFLOAD_SERVICE, "--trace=logcat -", replayed.out);
+    const ProgramRun second = runProgram(TETHEROFFLOAD_SERVICE, "--trace=logcat -", replayed.out);
     ASSERT_EQ(0, second.status) << second.err << replayed.out;
 
     const Lines want = comparableLog(first.out), got = comparableLog(second.out);
@@ -177,9 +138,9 @@ size_t count(const std::string& text, const std::string& what) {
 }
 
 TEST(ReplayCommandTest, PlacesTheServiceLinesOfAMessyLogAndNotesTheRest) {
-    const ProgramRun clean =
-            run(TETHEROFFLOAD_SERVICE, std::string("--trace=logcat ") + TETHEROFFLOAD_EXAMPLES +
-                                               "/usb-tethering.scenario");
+    const ProgramRun clean = runProgram(
+            TETHEROFFLOAD_SERVICE,
+            std::string("--trace=logcat ") + TETHEROFFLOAD_EXAMPLES + "/usb-tethering.scenario");
     ASSERT_EQ(0, clean.status) << clean.err;
     // The same service lines among other tags, with a second process that logs them again, cut
     // lines and garbage.
@@ -216,9 +177,9 @@ TEST(ReplayCommandTest, PlacesTheServiceLinesOfAMessyLogAndNotesTheRest) {
 }
 
 TEST(ReplayCommandTest, ReadsTheBriefFormatAsWell) {
-    const ProgramRun threadtimeRun =
-            run(TETHEROFFLOAD_SERVICE, std::string("--trace=logcat ") +
-                                               TETHEROFFLOAD_REPLAY_SCENARIOS + "/names.scenario");
+    const ProgramRun threadtimeRun = runProgram(
+            TETHEROFFLOAD_SERVICE,
+            std::string("--trace=logcat ") + TETHEROFFLOAD_REPLAY_SCENARIOS + "/names.scenario");
     ASSERT_EQ(0, threadtimeRun.status) << threadtimeRun.err;
     // "L/TAG(  PID): MESSAGE", as `adb logcat -v brief` writes the same lines.
     static const std::regex fields("\\S+ \\S+ +([0-9]+) +[0-9]+ ([VDIWEF]) ([^:]+): (.*)");
@@ -251,7 +212,7 @@ TEST(ReplayCommandTest, RefusesWhatIsNotALogWithStatus2) {
             {"a.txt b.txt", "tetheroffload-replay: more than one log"},
     };
     for (const auto& [args, message] : cases) {
-        const ProgramRun refused = run(TETHEROFFLOAD_REPLAY, args);
+        const ProgramRun refused = runProgram(TETHEROFFLOAD_REPLAY, args);
         EXPECT_EQ(2, refused.status) << args;
         EXPECT_EQ("", refused.out) << args;
         EXPECT_EQ(message, splitLines(refused.err).at(0)) << args;

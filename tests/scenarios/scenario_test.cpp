@@ -20,76 +20,32 @@
 
 #include <gtest/gtest.h>
 #include <stdlib.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cstdint>
 #include <filesystem>
-#include <fstream>
 #include <nlohmann/json.hpp>
 #include <regex>
-#include <sstream>
+
+#include "ProgramRun.h"
 
 namespace {
 
 using Json = nlohmann::ordered_json;
 
-std::string readFile(const std::string& path) {
-    std::ostringstream text;
-    text << std::ifstream(path, std::ios::binary).rdbuf();
-    return text.str();
-}
-
-void writeFile(const std::string& path, const std::string& text) {
-    std::ofstream(path, std::ios::binary) << text;
-}
-
-std::vector<std::string> lines(const std::string& text) {
-    std::vector<std::string> out;
-    std::istringstream in(text);
-    for (std::string line; std::getline(in, line);) out.push_back(line);
-    return out;
-}
-
-// A file in a scratch folder of this process, removed (when empty) at exit.
-std::string scratch(const std::string& name) {
-    static const std::string* dir = [] {
-        const char* tmp = getenv("TMPDIR");
-        std::string pattern = std::string(tmp ? tmp : "/tmp") + "/tetheroffload-test-XXXXXX";
-        atexit([] { rmdir(dir->c_str()); });
-        return new std::string(mkdtemp(pattern.data()));
-    }();
-    return *dir + "/" + name;
-}
-
-struct ServiceRun {
-    int status;  // -1 when the process did not exit
-    std::string out, err;
-};
-
-// Standard input is a file, which the service can read twice, or a pipe, which it cannot.
-enum class Stdin { kFile, kPipe };
+using namespace scenariotest;
 
 // Runs the service with `args` (shell words) and `input` on standard input.
-ServiceRun runService(const std::string& args, const std::string& input = "",
+ProgramRun runService(const std::string& args, const std::string& input = "",
                       Stdin from = Stdin::kFile) {
-    writeFile(scratch("in"), input);
-    const std::string service = std::string("'") + TETHEROFFLOAD_SERVICE + "' " + args;
-    const std::string command = (from == Stdin::kFile ? service + " <" + scratch("in")
-                                                      : "cat " + scratch("in") + " | " + service) +
-                                " >" + scratch("out") + " 2>" + scratch("err");
-    const int status = system(command.c_str());
-    ServiceRun run{WIFEXITED(status) ? WEXITSTATUS(status) : -1, readFile(scratch("out")),
-                   readFile(scratch("err"))};
-    for (const char* name : {"in", "out", "err"}) unlink(scratch(name).c_str());
-    return run;
+    return runProgram(TETHEROFFLOAD_SERVICE, args, input, from);
 }
 
 // One record a line; a line that is not a JSON object fails the test.
 std::vector<Json> parseTrace(const std::string& text) {
     std::vector<Json> records;
-    for (const std::string& line : lines(text)) {
+    for (const std::string& line : splitLines(text)) {
         Json record = Json::parse(line, nullptr, /*allow_exceptions=*/false);
         EXPECT_TRUE(record.is_object()) << line;
         if (record.is_object()) records.push_back(record);
@@ -144,7 +100,7 @@ class GoldenTest : public ::testing::TestWithParam<std::string> {};
 
 TEST_P(GoldenTest, TraceMatchesTheExpectation) {
     const std::string golden = std::string(TETHEROFFLOAD_GOLDEN) + "/" + GetParam() + ".jsonl";
-    const ServiceRun run = runService(std::string("--trace=jsonl ") + TETHEROFFLOAD_EXAMPLES + "/" +
+    const ProgramRun run = runService(std::string("--trace=jsonl ") + TETHEROFFLOAD_EXAMPLES + "/" +
                                       GetParam() + ".scenario");
     ASSERT_EQ(0, run.status) << run.err;
     const std::vector<Json> records = parseTrace(run.out);
@@ -155,7 +111,7 @@ TEST_P(GoldenTest, TraceMatchesTheExpectation) {
     const char* update = getenv("TETHEROFFLOAD_UPDATE_GOLDEN");
     if (update != nullptr && std::string(update) == "1") return writeFile(golden, actual);
 
-    const std::vector<std::string> want = lines(readFile(golden)), got = lines(actual);
+    const std::vector<std::string> want = splitLines(readFile(golden)), got = splitLines(actual);
     ASSERT_FALSE(want.empty()) << golden << " is missing: see tests/scenarios/README.md";
     for (size_t i = 0; i < std::max(want.size(), got.size()); ++i) {
         ASSERT_EQ(i < want.size() ? want[i] : "<end>", i < got.size() ? got[i] : "<end>")
@@ -195,13 +151,13 @@ std::vector<std::string> logTextsFromFirstCall(const std::vector<Json>& records)
 TEST(DumpTest, AfterEachStepOfTheUsbExampleShowsTheStateTheLogTells) {
     const std::string example = std::string(TETHEROFFLOAD_EXAMPLES) + "/usb-tethering.scenario";
     std::string script;
-    for (const std::string& line : lines(readFile(example))) {
+    for (const std::string& line : splitLines(readFile(example))) {
         script += line + "\n";
         const size_t start = line.find_first_not_of(" \t");
         if (start != std::string::npos && line[start] != '#') script += "dump\n";
     }
-    const ServiceRun withDumps = runService("--trace=jsonl", script);
-    const ServiceRun plain = runService("--trace=jsonl " + example);
+    const ProgramRun withDumps = runService("--trace=jsonl", script);
+    const ProgramRun plain = runService("--trace=jsonl " + example);
     ASSERT_EQ(0, withDumps.status) << withDumps.err;
     ASSERT_EQ(0, plain.status) << plain.err;
     const std::vector<Json> records = parseTrace(withDumps.out);
@@ -238,7 +194,7 @@ TEST(DumpTest, AfterEachStepOfTheUsbExampleShowsTheStateTheLogTells) {
 const std::string kPinnedProc = "proc tcp \"432000\\n\"\nproc udp \"180\\n\"\n";
 
 TEST(StartupTest, ThreadpoolThenRegistersThenOpenThenTheEventThread) {
-    const ServiceRun run = runService("--trace=jsonl", kPinnedProc);
+    const ProgramRun run = runService("--trace=jsonl", kPinnedProc);
     ASSERT_EQ(0, run.status) << run.err;
     std::vector<std::string> order;  // the raw order, before any sorting
     for (const Json& r : parseTrace(run.out)) {
@@ -255,14 +211,14 @@ TEST(StartupTest, ThreadpoolThenRegistersThenOpenThenTheEventThread) {
 }
 
 TEST(ExitTest, EndsWithMainsStatusAfterTheLastLineWhateverTheInput) {
-    const ServiceRun text =
+    const ProgramRun text =
             runService("", kPinnedProc + "initOffload 1.1\n");  // text trace by default
     EXPECT_EQ(0, text.status) << text.err;
     EXPECT_EQ(std::string::npos, text.out.find('\033')) << "coloured off a terminal";
     EXPECT_NE(std::string::npos, text.out.find("--> 3: initOffload 1.1\n")) << text.out;
-    EXPECT_EQ("exit              status 0", lines(text.out).back().substr(12));
+    EXPECT_EQ("exit              status 0", splitLines(text.out).back().substr(12));
 
-    const ServiceRun dash = runService("--trace=jsonl -", kPinnedProc);
+    const ProgramRun dash = runService("--trace=jsonl -", kPinnedProc);
     EXPECT_EQ(0, dash.status) << dash.err;
     const std::vector<Json> records = parseTrace(dash.out);
     ASSERT_GE(records.size(), 2u);
@@ -297,8 +253,8 @@ TEST(ExitTest, ReaderSlowerThanTheServiceStillGetsEveryRecordWithTheExitLast) {
 TEST(InputTest, ScriptFromAPipeRunsAsFromAFile) {
     const std::string script =
             "device absent\n" + kPinnedProc + "initOffload 1.1\n# a comment\n\nstopOffload";
-    const ServiceRun fromFile = runService("--trace=jsonl", script);
-    const ServiceRun fromPipe = runService("--trace=jsonl", script, Stdin::kPipe);
+    const ProgramRun fromFile = runService("--trace=jsonl", script);
+    const ProgramRun fromPipe = runService("--trace=jsonl", script, Stdin::kPipe);
     ASSERT_EQ(0, fromPipe.status) << fromPipe.err;
     EXPECT_EQ(stableTrace(parseTrace(fromFile.out)), stableTrace(parseTrace(fromPipe.out)));
     EXPECT_NE(std::string::npos, fromPipe.out.find(R"("errno":2)")) << "device absent applied";
@@ -318,10 +274,10 @@ TEST(BadInputTest, RefusedWithFileAndLineBeforeAnythingRuns) {
     };
     for (const auto& [script, where] : scripts) {
         writeFile(scratch("bad.scenario"), script);
-        const ServiceRun fromFile = runService(scratch("bad.scenario"));
-        const ServiceRun fromStdin = runService("--trace=jsonl", script);
-        const ServiceRun fromPipe = runService("--trace=jsonl", script, Stdin::kPipe);
-        for (const ServiceRun& run : {fromFile, fromStdin, fromPipe}) {
+        const ProgramRun fromFile = runService(scratch("bad.scenario"));
+        const ProgramRun fromStdin = runService("--trace=jsonl", script);
+        const ProgramRun fromPipe = runService("--trace=jsonl", script, Stdin::kPipe);
+        for (const ProgramRun& run : {fromFile, fromStdin, fromPipe}) {
             EXPECT_EQ(2, run.status) << script;
             EXPECT_EQ("", run.out) << script;
         }
@@ -336,10 +292,10 @@ TEST(BadInputTest, RefusedWithFileAndLineBeforeAnythingRuns) {
             {"/nonexistent/x.scenario", "/nonexistent/x.scenario: cannot read the scenario"},
     };
     for (const auto& [args, firstLine] : commandLines) {
-        const ServiceRun run = runService(args);
+        const ProgramRun run = runService(args);
         EXPECT_EQ(2, run.status) << args;
         EXPECT_EQ("", run.out) << args;
-        EXPECT_EQ(firstLine, lines(run.err).at(0));
+        EXPECT_EQ(firstLine, splitLines(run.err).at(0));
     }
 }
 
