@@ -19,7 +19,8 @@
 // 1.1 callback or none registered. Every input must leave the sanitizers silent and make the
 // framework hear exactly what the device protocol and the event thread's rules say (EventModel):
 // nothing decided on bytes the read did not return, only values the framework defines, and
-// updateTimeout only for a 28-byte connection update with its slots mapped as the service defines them.
+// updateTimeout only for a 28-byte connection update with its slots mapped as the service defines
+// them.
 //
 // Input: one set-up byte (callback version = b % 3: none, 1.0, 1.1; (b / 3) % 2: the framework
 // is dead; (b / 6) % 2: a userdebug build, which logs addresses), then reads as ByteReader.h
