@@ -9,4 +9,4 @@ source "$TETHEROFFLOAD_ROOT/scripts/deps.sh"
 install_missing_packages >&2
 configure_tree build g++ >&2
 cmake --build "$TETHEROFFLOAD_ROOT/build" --target tetheroffload-replay -j "$(nproc)" >&2
-exec "$TETHEROFFLOAD_ROOT/build/host/replay/tetheroffload-replay" "$@"
+exec "$TETHEROFFLOAD_ROOT/build/tools/replay/tetheroffload-replay" "$@"
