@@ -65,5 +65,9 @@ HOST_HIDL_DEFINE_INTERFACE(ICallback11,
 HOST_HIDL_DEFINE_CAST_FROM(ICallback11, ICallback10)
 HOST_HIDL_DEFINE_CAST_FROM(ICallback11, IBase)
 
-HOST_HIDL_DEFINE_INTERFACE(IPlexd, "vendor.korvan.hardware.plexd@1.0::IPlexd", IBase::descriptor)
+// The agent's getService is the fake agent's (fakes/FakeAgent.cpp): on a phone too it stands in
+// front of the agent's own library.
+const char* IPlexd::descriptor = "vendor.korvan.hardware.plexd@1.0::IPlexd";
+HOST_HIDL_DEFINE_IBASE_OPERATIONS(IPlexd, IPlexd::descriptor, IBase::descriptor)
+HOST_HIDL_DEFINE_CAST_FROM_SELF(IPlexd)
 HOST_HIDL_DEFINE_CAST_FROM(IPlexd, IBase)

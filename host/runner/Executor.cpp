@@ -25,17 +25,17 @@
 
 #include "FrameworkCalls.h"
 #include "StateDump.h"
-#include "hostplatform/FakeAgent.h"
-#include "hostplatform/Framework.h"
-#include "hostplatform/ModemEmulator.h"
-#include "hostplatform/ProcFiles.h"
-#include "hostplatform/Properties.h"
-#include "hostplatform/StandardError.h"
+#include "fakes/ConntrackFiles.h"
+#include "fakes/FakeAgent.h"
+#include "fakes/FakeFramework.h"
+#include "fakes/FakeVexaDevice.h"
+#include "fakes/Properties.h"
+#include "fakes/StandardError.h"
 
 namespace hostrunner {
 namespace {
 
-using hostplatform::ModemEmulator;
+using fakes::FakeVexaDevice;
 
 constexpr const char* kEventThreadName = "HandleEvent";
 
@@ -55,47 +55,49 @@ bool threadRunning(const std::string& name) {
     return found;
 }
 
-hostplatform::FakeAgent::Mode agentMode(Agent::Mode mode) {
+fakes::FakeAgent::Mode agentMode(Agent::Mode mode) {
     switch (mode) {
         case Agent::Mode::kAbsent:
-            return hostplatform::FakeAgent::Mode::kAbsent;
+            return fakes::FakeAgent::Mode::kAbsent;
         case Agent::Mode::kFailing:
-            return hostplatform::FakeAgent::Mode::kFailing;
+            return fakes::FakeAgent::Mode::kFailing;
         case Agent::Mode::kUp:
             break;
     }
-    return hostplatform::FakeAgent::Mode::kUp;
+    return fakes::FakeAgent::Mode::kUp;
 }
 
 // The world's commands; framework calls and the dump go elsewhere, console commands never get
 // here.
 struct WorldChange {
+    // A record nobody reads is dropped without a trace, as the device would drop it.
     void operator()(const ModemEvent& c) const {
-        // A record nobody reads is dropped without a trace, as the emulator promises.
-        (void)ModemEmulator::instance().deliverEvent(c.record, c.readSize);
+        FakeVexaDevice& device = FakeVexaDevice::instance();
+        (void)(device.queueRecord(c.record, c.readSize) && device.waitUntilDrained());
     }
     void operator()(const ModemReadFail& c) const {
-        (void)ModemEmulator::instance().deliverReadFailure(c.errnum);
+        FakeVexaDevice& device = FakeVexaDevice::instance();
+        (void)(device.queueReadFailure(c.errnum) && device.waitUntilDrained());
     }
     void operator()(const ModemStats& c) const {
-        ModemEmulator::instance().setStatsAnswer(c.rx, c.tx, c.dataLen);
+        FakeVexaDevice::instance().setStatsAnswer(c.rx, c.tx, c.dataLen);
     }
     void operator()(const ModemIoctl& c) const {
-        ModemEmulator::instance().setIoctlError(c.errnum);
+        FakeVexaDevice::instance().setIoctlError(c.errnum);
     }
-    void operator()(const Agent& c) const { hostplatform::FakeAgent::setMode(agentMode(c.mode)); }
-    void operator()(const FrameworkState& c) const { hostplatform::Framework::setAlive(c.alive); }
-    void operator()(const Prop& c) const { hostplatform::Properties::set(c.name, c.value); }
+    void operator()(const Agent& c) const { fakes::FakeAgent::setMode(agentMode(c.mode)); }
+    void operator()(const FrameworkState& c) const { fakes::FakeFramework::setAlive(c.alive); }
+    void operator()(const Prop& c) const { fakes::Properties::set(c.name, c.value); }
     void operator()(const Proc& c) const {
-        auto proto = c.file == Proc::File::kTcp ? hostplatform::ProcFiles::Proto::kTcp
-                                                : hostplatform::ProcFiles::Proto::kUdp;
+        auto proto = c.file == Proc::File::kTcp ? fakes::ConntrackFiles::Proto::kTcp
+                                                : fakes::ConntrackFiles::Proto::kUdp;
         if (c.absent) {
-            hostplatform::ProcFiles::instance().setAbsent(proto);
+            fakes::ConntrackFiles::setAbsent(proto);
         } else {
-            hostplatform::ProcFiles::instance().setContent(proto, c.content);
+            fakes::ConntrackFiles::setContent(proto, c.content);
         }
     }
-    void operator()(const Stderr& c) const { hostplatform::StandardError::setClosed(c.closed); }
+    void operator()(const Stderr& c) const { fakes::StandardError::setClosed(c.closed); }
     void operator()(const Wait& c) const {
         std::this_thread::sleep_for(std::chrono::milliseconds(c.millis));
     }
@@ -108,10 +110,10 @@ struct WorldChange {
 }  // namespace
 
 void waitForEventThread() {
-    if (ModemEmulator::instance().waitReaderBlocked()) return;
+    if (FakeVexaDevice::instance().waitReaderBlocked()) return;
     // No reader: without a device the thread ends at once, and its last log lines must not
     // mingle with those of the first command.
-    const auto deadline = std::chrono::steady_clock::now() + ModemEmulator::kDeliveryTimeout;
+    const auto deadline = std::chrono::steady_clock::now() + FakeVexaDevice::kTimeout;
     while (threadRunning(kEventThreadName) && std::chrono::steady_clock::now() < deadline) {
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
@@ -135,16 +137,16 @@ void ScriptRunner::run(const Command& command) {
 
 void ScriptRunner::finish() {
     if (!mQueued) return;
-    // Records nobody read are dropped without a trace, as the emulator promises.
-    (void)ModemEmulator::instance().waitQueueDrained();
+    // Records nobody read are dropped without a trace, as the device would drop them.
+    (void)FakeVexaDevice::instance().waitUntilDrained();
     mQueued = false;
 }
 
 bool ScriptRunner::queue(const Command& command) {
     if (const auto* event = std::get_if<ModemEvent>(&command.body)) {
-        (void)ModemEmulator::instance().queueEvent(event->record, event->readSize);
+        (void)FakeVexaDevice::instance().queueRecord(event->record, event->readSize);
     } else if (const auto* failure = std::get_if<ModemReadFail>(&command.body)) {
-        (void)ModemEmulator::instance().queueReadFailure(failure->errnum);
+        (void)FakeVexaDevice::instance().queueReadFailure(failure->errnum);
     } else {
         return false;
     }

@@ -36,7 +36,7 @@
 #include "ScriptFile.h"
 #include "TextTrace.h"
 #include "TraceWriter.h"
-#include "hostplatform/ModemEmulator.h"
+#include "fakes/FakeVexaDevice.h"
 #include "hostplatform/Recorder.h"
 #include "hostplatform/ServiceRegistry.h"
 
@@ -137,7 +137,7 @@ ScriptFile* checkedScript(const std::string& path) {
     error = script->check();
     if (!error.empty()) refuseToStart(error);
     if (script->startsWithDeviceAbsent()) {
-        hostplatform::ModemEmulator::instance().setDevicePresent(false);
+        fakes::FakeVexaDevice::instance().setPresent(false);
     }
     return script.release();
 }

@@ -14,9 +14,11 @@
  * limitations under the License.
  */
 
-// The host layer's record of everything that crosses the service's boundaries. Every piece of the
-// stand-in adds records here and the recorder hands each one to its sinks: the trace of the host
-// executable, a test's retaining sink. It keeps none itself, so a run of any length stays flat.
+// The desktop's record of everything that crosses the service's boundaries: what the fakes
+// report (log lines, the device, the agent, the framework's callbacks), and what the host's own
+// pieces add (the thread pool, registrations, the scenario's calls and their replies, the exit).
+// The recorder hands each record to its sinks: the trace of the host executable, a test's
+// retaining sink. It keeps none itself, so a run of any length stays flat.
 
 #pragma once
 
@@ -28,7 +30,17 @@
 #include <variant>
 #include <vector>
 
+#include "fakes/Crossings.h"
+
 namespace hostplatform {
+
+using fakes::AddrPort;
+using fakes::AgentRecord;
+using fakes::CallbackRecord;
+using fakes::IoctlRecord;
+using fakes::LogRecord;
+using fakes::OpenRecord;
+using fakes::ReadRecord;
 
 struct ThreadpoolRecord {
     size_t max = 0;
@@ -38,57 +50,6 @@ struct ThreadpoolRecord {
 struct RegisterRecord {
     std::string interface;  // descriptor, e.g. "android.hardware.tetheroffload.config@1.0::..."
     std::string name;
-};
-
-struct LogRecord {
-    int prio = 0;
-    std::string tag;
-    std::string msg;
-    std::string thread;
-    // What logcat shows beside the line; the JSON Lines and text traces leave them out.
-    int64_t wallSec = 0;  // CLOCK_REALTIME
-    int32_t wallNsec = 0;
-    int32_t pid = 0;
-    int32_t tid = 0;
-};
-
-struct OpenRecord {
-    std::string path;
-    int fd = -1;     // -1 when the open failed
-    int errnum = 0;  // set when the open failed
-};
-
-struct IoctlRecord {
-    int fd = -1;
-    unsigned long req = 0;
-    std::vector<uint8_t> bytes;  // the request as the driver read it
-    int ret = 0;
-    int errnum = 0;  // set when ret is not 0
-};
-
-struct ReadRecord {
-    long ret = 0;
-    std::vector<uint8_t> bytes;  // what the read returned
-    int errnum = 0;              // set when ret is negative
-};
-
-struct AgentRecord {
-    std::string cmd;
-    bool ok = true;  // false when the call failed in transport
-};
-
-struct AddrPort {
-    std::string addr;
-    uint16_t port = 0;
-};
-
-struct CallbackRecord {
-    std::string op;      // "onEvent", "onEvent_1_1" or "updateTimeout"
-    uint32_t event = 0;  // onEvent and onEvent_1_1
-    AddrPort src;        // updateTimeout
-    AddrPort dst;        // updateTimeout
-    uint32_t proto = 0;  // updateTimeout
-    bool ok = true;      // false when the call failed in transport
 };
 
 struct CallRecord {
@@ -142,6 +103,7 @@ public:
     // Stamps the record and hands it to every sink; without a sink it is dropped.
     void add(RecordBody body);
 
+    // The first sink makes the recorder an observer of the fakes; clearing them ends that.
     void addSink(Sink sink);
     void clearSinks();
 
@@ -152,6 +114,7 @@ private:
     const int64_t mStartMicros;
     std::vector<Sink> mSinks;
     std::atomic<bool> mListening{false};
+    int mObserverId = 0;  // 0 while not observing
 };
 
 }  // namespace hostplatform

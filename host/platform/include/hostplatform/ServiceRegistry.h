@@ -35,7 +35,8 @@ public:
 
     static ServiceRegistry& instance();
 
-    // Registers the service under every descriptor of its interface chain.
+    // Registers the service under every descriptor of its interface chain, as what a client of
+    // another process gets: a proxy that checks each call as the generated stub does.
     bool add(const android::sp<android::hidl::base::V1_0::IBase>& service, const std::string& name);
     void remove(const std::string& descriptor, const std::string& name);
     android::sp<android::hidl::base::V1_0::IBase> get(const std::string& descriptor,
