@@ -23,6 +23,8 @@
 #include <stddef.h>
 #include <stdint.h>
 
+#include <string>
+
 #define VEXA_DEV_PATH "/dev/vexa"
 #define VEXA_MCODE 0x2454
 #define VEXA_REQ_STATUS 2     // `status` of every request
@@ -154,3 +156,9 @@ static_assert(offsetof(vexa_dev_rsp_common_t, data_len) == 12, "event data_len a
 static_assert(offsetof(vexa_dev_rsp_common_t, data) == 16, "event payload at 16");
 
 static_assert(sizeof(tether_offload_stats_t) == 16, "two u64 counters");
+
+// A record in words, for traces and tests: a request as the driver reads it (e.g. "ACTIVATE
+// app=USB len=32 up=wanif0 down=mdbr0") and an event as a read returned it (e.g. "STARTED app=0
+// msg=0 len=0"). The service itself never calls them.
+std::string describeVexaRequest(const uint8_t* bytes, size_t size);
+std::string describeVexaEvent(const uint8_t* bytes, size_t size);

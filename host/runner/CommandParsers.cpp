@@ -172,7 +172,7 @@ CommandBody modemConn(const Words& w, Checker* c) {
     if (opts.count("port2")) conn.port2 = static_cast<uint16_t>(c->number(opts["port2"], kU16));
     if (opts.count("proto")) conn.proto = static_cast<uint8_t>(c->number(opts["proto"], kU8));
     EventFields fields;
-    fields.status = kConnectUpdateStatus;
+    fields.status = VEXA_CONNECT_UPDATE;
     fields.payload = buildConnPayload(conn);
     if (opts.count("len")) fields.dataLen = static_cast<uint32_t>(c->number(opts["len"], kU32));
     ModemEvent cmd;

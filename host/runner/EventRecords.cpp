@@ -19,37 +19,35 @@
 #include <algorithm>
 #include <cstring>
 
+#include "timeout/ConnTimeoutUpdate.h"
+
 namespace hostrunner {
-namespace {
-
-template <typename T>
-void put(std::vector<uint8_t>* bytes, size_t offset, T value) {
-    std::memcpy(bytes->data() + offset, &value, sizeof(value));
-}
-
-}  // namespace
 
 std::vector<uint8_t> buildEventRecord(const EventFields& fields) {
-    std::vector<uint8_t> record(kEventHeaderSize + fields.payload.size(), 0);
-    put(&record, 0, fields.mcode);
-    put(&record, 2, fields.status);
-    put(&record, 4, fields.app);
-    put(&record, 8, fields.msg);
-    put(&record, 12, fields.dataLen.value_or(static_cast<uint32_t>(fields.payload.size())));
-    std::copy(fields.payload.begin(), fields.payload.end(), record.begin() + kEventHeaderSize);
+    vexa_common_hdr_t hdr = {};
+    hdr.mcode = fields.mcode;
+    hdr.status = fields.status;
+    hdr.app_type = fields.app;
+    hdr.msg = fields.msg;
+    hdr.data_len = fields.dataLen.value_or(static_cast<uint32_t>(fields.payload.size()));
+    std::vector<uint8_t> record(sizeof(hdr) + fields.payload.size());
+    std::memcpy(record.data(), &hdr, sizeof(hdr));
+    std::copy(fields.payload.begin(), fields.payload.end(), record.begin() + sizeof(hdr));
     return record;
 }
 
 std::vector<uint8_t> buildConnPayload(const ConnFields& fields) {
-    std::vector<uint8_t> payload(kConnectUpdateSize, 0);
-    std::copy(fields.ip0.begin(), fields.ip0.end(), payload.begin());
-    std::copy(fields.ip1.begin(), fields.ip1.end(), payload.begin() + 4);
-    std::copy(fields.ip2.begin(), fields.ip2.end(), payload.begin() + 8);
-    put(&payload, 12, fields.port0);
-    put(&payload, 14, fields.port1);
-    put(&payload, 16, fields.port2);
-    payload[18] = fields.proto;
-    payload[24] = fields.dstNat;
+    vexa_conn_update_t conn = {};
+    std::copy(fields.ip0.begin(), fields.ip0.end(), conn.ip0);
+    std::copy(fields.ip1.begin(), fields.ip1.end(), conn.ip1);
+    std::copy(fields.ip2.begin(), fields.ip2.end(), conn.ip2);
+    conn.port0 = fields.port0;
+    conn.port1 = fields.port1;
+    conn.port2 = fields.port2;
+    conn.proto = fields.proto;
+    conn.dst_nat = fields.dstNat;
+    std::vector<uint8_t> payload(sizeof(conn));
+    std::memcpy(payload.data(), &conn, sizeof(conn));
     return payload;
 }
 

@@ -14,8 +14,8 @@
  * limitations under the License.
  */
 
-// Builds the records that the emulated driver hands the event thread: the 16-byte header and the
-// payload, in host byte order as the driver writes them.
+// Builds the records that the modem hands the event thread, laid out by the device protocol's own
+// structs: the header and the payload, in host byte order as the driver writes them.
 
 #pragma once
 
@@ -25,17 +25,15 @@
 #include <optional>
 #include <vector>
 
+#include "datapath/vexa_protocol.h"
+
 namespace hostrunner {
 
-constexpr size_t kEventHeaderSize = 16;
-constexpr size_t kMaxEventPayload = 256;
-constexpr size_t kMaxEventRead = kEventHeaderSize + kMaxEventPayload;
-constexpr uint16_t kEventMcode = 0x2454;
-constexpr uint16_t kConnectUpdateStatus = 6;
-constexpr uint32_t kConnectUpdateSize = 28;
+constexpr size_t kMaxEventPayload = VEXA_MAX_PAYLOAD;
+constexpr size_t kMaxEventRead = sizeof(vexa_dev_rsp_common_t);
 
 struct EventFields {
-    uint16_t mcode = kEventMcode;
+    uint16_t mcode = VEXA_MCODE;
     uint16_t status = 0;
     uint32_t app = 0;
     uint32_t msg = 0;

@@ -21,6 +21,7 @@
 
 #include "Values.h"
 #include "VexaDecoder.h"
+#include "datapath/vexa_protocol.h"
 
 namespace hostrunner {
 namespace {
@@ -100,7 +101,7 @@ struct TextFields {
         kind = "ioctl";
         std::string result = r.ret == 0 ? "0" : std::to_string(r.ret) + " " + errnoText(r.errnum);
         text = "fd " + std::to_string(r.fd) + " req " + std::to_string(r.req) + " " +
-               trace->paint(kBlue, describeRequest(r.bytes)) + " -> " +
+               trace->paint(kBlue, describeVexaRequest(r.bytes.data(), r.bytes.size())) + " -> " +
                (r.ret == 0 ? result : trace->paint(kRed, result)) + "  " +
                trace->paint(kDim, toShortHex(r.bytes));
     }
@@ -111,7 +112,7 @@ struct TextFields {
             return;
         }
         text = std::to_string(r.ret) + " bytes " +
-               trace->paint(kBlue, describeEvent(r.ret, r.bytes)) + "  " +
+               trace->paint(kBlue, describeVexaEvent(r.bytes.data(), r.bytes.size())) + "  " +
                trace->paint(kDim, toShortHex(r.bytes));
     }
     void operator()(const hostplatform::AgentRecord& r) {

@@ -14,8 +14,8 @@
  * limitations under the License.
  */
 
-// Puts the device records of the trace into words for people: the control requests the service
-// sends by ioctl and the event records it reads.
+// Values of the trace in words for people: the framework's event names and record bytes in hex.
+// The records themselves are put into words by describeVexaRequest and describeVexaEvent.
 
 #pragma once
 
@@ -24,12 +24,6 @@
 #include <vector>
 
 namespace hostrunner {
-
-// e.g. "ACTIVATE app=USB up=wanif0 down=mdbr0"
-std::string describeRequest(const std::vector<uint8_t>& bytes);
-
-// e.g. "STARTED app=0 msg=0 len=0"; `ret` is what read() returned.
-std::string describeEvent(long ret, const std::vector<uint8_t>& bytes);
 
 // The callback event names of the framework, e.g. "OFFLOAD_STARTED".
 std::string callbackEventName(uint32_t event);
