@@ -21,6 +21,8 @@
 #include <map>
 #include <mutex>
 
+#include "ClientProxies.h"
+
 using ::android::sp;
 using ::android::hardware::hidl_string;
 using ::android::hardware::hidl_vec;
@@ -50,9 +52,11 @@ ServiceRegistry& ServiceRegistry::instance() {
 
 bool ServiceRegistry::add(const sp<IBase>& service, const std::string& name) {
     if (service == nullptr) return false;
+    // Clients get what a client of another process gets.
+    const sp<IBase> view = hostinterfaces::clientView(service);
     // Asked outside the lock: the object may itself use the registry.
     std::vector<std::string> chain;
-    Return<void> ret = service->interfaceChain([&](const hidl_vec<hidl_string>& descriptors) {
+    Return<void> ret = view->interfaceChain([&](const hidl_vec<hidl_string>& descriptors) {
         chain.assign(descriptors.begin(), descriptors.end());
     });
     if (!ret.isOk() || chain.empty()) return false;
@@ -63,7 +67,7 @@ bool ServiceRegistry::add(const sp<IBase>& service, const std::string& name) {
     for (const std::string& descriptor : chain) {
         sp<IBase>& slot = s.byEntry[Entry(descriptor, name)];
         replaced.push_back(slot);
-        slot = service;
+        slot = view;
     }
     return true;
 }

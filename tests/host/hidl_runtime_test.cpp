@@ -14,27 +14,19 @@
  * limitations under the License.
  */
 
-// The HIDL runtime stand-in (its value types and the helpers generated headers use among them),
-// the peers, and a modem that nobody opened. Single-threaded, so that the death tests may fork;
-// nothing here opens the device.
+// The HIDL runtime stand-in: its value types and the helpers generated headers use among them,
+// the checked Return, and what a client gets from the registry. Single-threaded, so that the death
+// tests may fork.
 
+#include <android/hardware/tetheroffload/control/1.1/IOffloadControl.h>
 #include <android/hardware/tetheroffload/control/1.1/ITetheringOffloadCallback.h>
-#include <gtest/gtest.h>  // also brings <memory>, which the registrar's header needs
-#include <hidl/HidlLazyUtils.h>
+#include <gtest/gtest.h>
 #include <signal.h>
-#include <vendor/korvan/hardware/plexd/1.0/IPlexd.h>
 
-#include <chrono>
 #include <functional>
 #include <string>
 #include <type_traits>
 #include <vector>
-
-#include "hal/TetherOffloadHal.h"
-#include "hostplatform/FakeAgent.h"
-#include "hostplatform/Framework.h"
-#include "hostplatform/ModemEmulator.h"
-#include "tests/support/RetainingSink.h"
 
 namespace hostplatform {
 namespace {
@@ -50,20 +42,11 @@ using ::android::hardware::hidl_vec;
 using ::android::hardware::Return;
 using ::android::hardware::Status;
 using ::android::hardware::details::toHexString;
-using ::android::hidl::base::V1_0::IBase;
-using ::vendor::korvan::hardware::plexd::V1_0::IPlexd;
-using IOffloadConfig = ::android::hardware::tetheroffload::config::V1_0::IOffloadConfig;
 namespace V1_0 = ::android::hardware::tetheroffload::control::V1_0;
 namespace V1_1 = ::android::hardware::tetheroffload::control::V1_1;
 
 Return<int> failed(::android::status_t error = DEAD_OBJECT) {
     return Status::fromStatusT(error);
-}
-
-// The value of a cast that must not fail (taking it aborts otherwise).
-template <typename T>
-sp<T> value(Return<sp<T>> cast) {
-    return cast;
 }
 
 TEST(ReturnDeathTest, UncheckedErrorAbortsWhereverItIsLost) {
@@ -218,98 +201,83 @@ TEST(GeneratedHelpersTest, TextOfValuesAndEveryEnumValue) {
     EXPECT_EQ(V1_1::OffloadCallbackEvent::OFFLOAD_WARNING_REACHED, values.back());
 }
 
-class PeersTest : public ::testing::Test {
-protected:
-    void SetUp() override { testsupport::recorded().clear(); }
-    void TearDown() override {
-        FakeAgent::setMode(FakeAgent::Mode::kUp);
-        Framework::setAlive(true);
+// A 1.1 control that breaks the stub's rules in the way `mode` says.
+class MisbehavingControl : public V1_1::IOffloadControl {
+public:
+    enum class Mode { kReplies, kSilent, kTwice, kError };
+    explicit MisbehavingControl(Mode mode) : mMode(mode) {}
+
+    Return<void> stopOffload(stopOffload_cb cb) override {
+        if (mMode == Mode::kError) return Status::fromStatusT(::android::UNKNOWN_ERROR);
+        if (mMode != Mode::kSilent) cb(true, "Successful");
+        if (mMode == Mode::kTwice) cb(true, "Successful");
+        return ::android::hardware::Void();
     }
-    sp<V1_0::ITetheringOffloadCallback> cb10 = Framework::makeCallback(Framework::Version::k1_0);
-    sp<V1_0::ITetheringOffloadCallback> cb11 = Framework::makeCallback(Framework::Version::k1_1);
+    Return<void> getForwardedStats(const hidl_string&, getForwardedStats_cb cb) override {
+        if (mMode != Mode::kSilent) cb(1, 2);
+        return ::android::hardware::Void();
+    }
+    // Not called here.
+    Return<void> initOffload(const sp<V1_0::ITetheringOffloadCallback>&, initOffload_cb) override {
+        return ::android::hardware::Void();
+    }
+    Return<void> setLocalPrefixes(const hidl_vec<hidl_string>&, setLocalPrefixes_cb) override {
+        return ::android::hardware::Void();
+    }
+    Return<void> setDataLimit(const hidl_string&, uint64_t, setDataLimit_cb) override {
+        return ::android::hardware::Void();
+    }
+    Return<void> setUpstreamParameters(const hidl_string&, const hidl_string&, const hidl_string&,
+                                       const hidl_vec<hidl_string>&,
+                                       setUpstreamParameters_cb) override {
+        return ::android::hardware::Void();
+    }
+    Return<void> addDownstream(const hidl_string&, const hidl_string&, addDownstream_cb) override {
+        return ::android::hardware::Void();
+    }
+    Return<void> removeDownstream(const hidl_string&, const hidl_string&,
+                                  removeDownstream_cb) override {
+        return ::android::hardware::Void();
+    }
+    Return<void> setDataWarningAndLimit(const hidl_string&, uint64_t, uint64_t,
+                                        setDataWarningAndLimit_cb) override {
+        return ::android::hardware::Void();
+    }
+
+private:
+    const Mode mMode;
 };
 
-TEST_F(PeersTest, CastFollowsTheCallbackVersionAndTheFrameworksLife) {
-    EXPECT_EQ(nullptr, value(V1_1::ITetheringOffloadCallback::castFrom(cb10)));
-    EXPECT_EQ(cb11, sp<V1_0::ITetheringOffloadCallback>(
-                            value(V1_1::ITetheringOffloadCallback::castFrom(cb11))));
-    EXPECT_EQ(cb11, value(V1_0::ITetheringOffloadCallback::castFrom(sp<IBase>(cb11))));
-    EXPECT_EQ(nullptr, value(V1_1::ITetheringOffloadCallback::castFrom(sp<IBase>(), true)));
-
-    Framework::setAlive(false);  // asking the chain is a transaction, and fails
-    EXPECT_EQ(nullptr, value(V1_1::ITetheringOffloadCallback::castFrom(cb11, false)));
-    EXPECT_TRUE(V1_1::ITetheringOffloadCallback::castFrom(cb11, true).isDeadObject());
-    EXPECT_EQ(cb10,
-              value(V1_0::ITetheringOffloadCallback::castFrom(cb10, true)));  // no transaction
-}
-
-TEST_F(PeersTest, AgentModes) {
-    struct Case {
-        FakeAgent::Mode mode;
-        bool found;
-        bool callOk;
-    } const cases[] = {{FakeAgent::Mode::kAbsent, false, false},
-                       {FakeAgent::Mode::kFailing, true, false},
-                       {FakeAgent::Mode::kUp, true, true}};
-    for (const Case& c : cases) {
-        SCOPED_TRACE(static_cast<int>(c.mode));
-        testsupport::recorded().clear();
-        FakeAgent::setMode(c.mode);
-        sp<IPlexd> agent = IPlexd::getService("default", false);
-        ASSERT_EQ(c.found, agent != nullptr);
-        if (!agent) continue;
-        EXPECT_EQ(c.callOk, agent->runCmd("plexd bridge delif mdbr0 wanif-lan ").isOk());
-        const std::vector<AgentRecord> records = testsupport::recorded().all<AgentRecord>();
-        ASSERT_EQ(1u, records.size());
-        EXPECT_EQ("plexd bridge delif mdbr0 wanif-lan ", records[0].cmd);
-        EXPECT_EQ(c.callOk, records[0].ok);
+// A client that gets the service from the registry gets what a client of another process gets:
+// each call runs through the stub's checks, which end the service with the device's message.
+TEST(ClientProxyDeathTest, AMethodThatDoesNotReplyExactlyOnceEndsTheService) {
+    using Mode = MisbehavingControl::Mode;
+    const std::pair<Mode, const char*> cases[] = {
+            {Mode::kSilent, "stopOffload: _hidl_cb not called, but must be called once."},
+            {Mode::kTwice, "stopOffload: _hidl_cb called a second time, but must be called once."},
+            {Mode::kError, "stopOffload: the call returned a transport error."},
+    };
+    for (const auto& [mode, message] : cases) {
+        ASSERT_EQ(OK, sp<V1_1::IOffloadControl>(new MisbehavingControl(mode))
+                              ->registerAsService("misbehaving"));
+        sp<V1_1::IOffloadControl> client = V1_1::IOffloadControl::getService("misbehaving");
+        ASSERT_NE(nullptr, client);
+        EXPECT_DEATH(client->stopOffload([](bool, const hidl_string&) {}).isOk(), message);
     }
-}
+    ASSERT_EQ(OK, sp<V1_1::IOffloadControl>(new MisbehavingControl(Mode::kSilent))
+                          ->registerAsService("misbehaving"));
+    EXPECT_DEATH(V1_0::IOffloadControl::getService("misbehaving")
+                         ->getForwardedStats("wanif0", [](uint64_t, uint64_t) {})
+                         .isOk(),
+                 "getForwardedStats: _hidl_cb not called, but must be called once.");
 
-TEST_F(PeersTest, DeadFrameworkFailsEveryCallUntilAliveAgain) {
-    sp<V1_1::ITetheringOffloadCallback> cb = V1_1::ITetheringOffloadCallback::castFrom(cb11);
-    ASSERT_NE(nullptr, cb);
-    V1_0::NatTimeoutUpdate update{{"192.168.43.2", 80}, {"8.8.8.8", 53}, V1_0::NetworkProtocol::UDP};
-    for (bool alive : {false, true}) {
-        Framework::setAlive(alive);
-        testsupport::recorded().clear();
-        Return<void> calls[] = {cb->onEvent(V1_0::OffloadCallbackEvent::OFFLOAD_STARTED),
-                                cb->onEvent_1_1(V1_1::OffloadCallbackEvent::OFFLOAD_WARNING_REACHED),
-                                cb->updateTimeout(update)};
-        for (Return<void>& ret : calls) {
-            EXPECT_EQ(!alive, ret.isDeadObject());
-            EXPECT_EQ(alive, ret.isOk());
-        }
-        const std::vector<CallbackRecord> records = testsupport::recorded().all<CallbackRecord>();
-        ASSERT_EQ(3u, records.size());
-        for (const CallbackRecord& record : records) EXPECT_EQ(alive, record.ok) << record.op;
-    }
-}
-
-// What the service registers; the records of it are pinned by every golden trace.
-TEST(RegistryTest, OneObjectIsReachedThroughBothInterfaces) {
-    sp<vendor::tetheroffload::TetherOffloadHal> hal = new vendor::tetheroffload::TetherOffloadHal();
-    auto& registrar = ::android::hardware::LazyServiceRegistrar::getInstance();
-    ASSERT_EQ(OK, registrar.registerService(sp<IOffloadConfig>(hal), "default"));
-    ASSERT_EQ(OK, registrar.registerService(sp<V1_1::IOffloadControl>(hal), "default"));
-
-    EXPECT_EQ(static_cast<IOffloadConfig*>(hal.get()), IOffloadConfig::getService().get());
-    EXPECT_EQ(static_cast<V1_0::IOffloadControl*>(hal.get()),
-              V1_0::IOffloadControl::getService().get());
-    EXPECT_EQ(static_cast<V1_1::IOffloadControl*>(hal.get()),
-              V1_1::IOffloadControl::getService().get());
-    EXPECT_EQ(nullptr, V1_1::IOffloadControl::getService("other"));
-}
-
-TEST(ModemUnopenedTest, NoReaderIsAwaitedAndEventsAreDropped) {
-    ModemEmulator& modem = ModemEmulator::instance();
-    testsupport::recorded().clear();
-    // Never opened: the answer comes at once. Waiting out this timeout would hang the test until
-    // ctest stops it, so no clock is read here.
-    EXPECT_FALSE(modem.waitReaderBlocked(std::chrono::hours(1)));
-    EXPECT_FALSE(modem.deliverEvent({0x54, 0x24, 1, 0}, 16, std::chrono::milliseconds(50)));
-    EXPECT_FALSE(modem.deliverReadFailure(5, std::chrono::milliseconds(50)));
-    EXPECT_TRUE(testsupport::recorded().all<ReadRecord>().empty());
+    ASSERT_EQ(OK, sp<V1_1::IOffloadControl>(new MisbehavingControl(Mode::kReplies))
+                          ->registerAsService("misbehaving"));
+    int replies = 0;
+    EXPECT_TRUE(V1_1::IOffloadControl::getService("misbehaving")
+                        ->stopOffload([&](bool, const hidl_string&) { ++replies; })
+                        .isOk());
+    EXPECT_EQ(1, replies);
 }
 
 }  // namespace
