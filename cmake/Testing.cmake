@@ -1,7 +1,8 @@
 # tetheroffload_add_test(NAME name SOURCES ... [LIBS ...] [THREADED])
-# A test links the service code and the host stand-in. THREADED tests also make up the
-# ThreadSanitizer build, which builds nothing else.
+# A host-only test: it links the service code, the fakes and the host stand-in. THREADED tests
+# also make up the ThreadSanitizer build, which builds nothing else of the host's.
 find_package(GTest REQUIRED)
+include(GoogleTest)
 
 function(tetheroffload_add_test)
     cmake_parse_arguments(T "THREADED" "NAME" "SOURCES;LIBS" ${ARGN})
@@ -10,8 +11,8 @@ function(tetheroffload_add_test)
     endif()
     add_executable(${T_NAME} ${T_SOURCES})
     target_link_libraries(${T_NAME} PRIVATE
-        ${T_LIBS} tetheroffload_service_code host_platform tetheroffload_warnings
-        GTest::gmock GTest::gtest_main)
+        ${T_LIBS} tetheroffload_service_code tetheroffload_fakes host_platform
+        tetheroffload_warnings GTest::gmock GTest::gtest_main)
     set(labels unit)
     if(T_THREADED)
         list(APPEND labels threaded)

@@ -19,19 +19,19 @@
 
 #include <android/log.h>
 #include <gtest/gtest.h>
-#include <hostplatform/FakeAgent.h>
-#include <hostplatform/StandardError.h>
 
 #include <chrono>
 
 #include "bridge/VexaBridge.h"
-#include "tests/support/RetainingSink.h"
+#include "fakes/FakeAgent.h"
+#include "fakes/StandardError.h"
+#include "tests/support/Observed.h"
 #include "tests/support/TestSupport.h"
 
 namespace {
 
-using hostplatform::FakeAgent;
-using hostplatform::StandardError;
+using fakes::FakeAgent;
+using fakes::StandardError;
 using testsupport::Lines;
 using testsupport::LogLine;
 
@@ -44,7 +44,7 @@ protected:
     void TearDown() override {
         FakeAgent::setMode(FakeAgent::Mode::kUp);
         StandardError::setClosed(false);
-        testsupport::recorded().clear();
+        testsupport::observed().clear();
     }
 };
 
@@ -62,8 +62,8 @@ TEST_F(BridgeTest, ActivationPausesOnlyBetweenTheTwoSetcfgCommandsAndEchoesEachL
     EXPECT_EQ(expectedEcho, testing::internal::GetCapturedStderr());
     EXPECT_EQ(testsupport::kBridgeUpCommands, testsupport::agentCommands());
     std::vector<int64_t> t;
-    for (const hostplatform::Record& r : testsupport::recorded().records()) {
-        if (std::holds_alternative<hostplatform::AgentRecord>(r.body)) t.push_back(r.tMicros);
+    for (const testsupport::Observation& r : testsupport::observed().all()) {
+        if (std::holds_alternative<fakes::AgentRecord>(r.crossing)) t.push_back(r.tMicros);
     }
     ASSERT_EQ(5u, t.size());
     EXPECT_GE(t[4] - t[3], kPauseMicros);
@@ -91,7 +91,7 @@ TEST_F(BridgeTest, FailingStepsAreLoggedInPairsAndTheSequenceGoesOn) {
         SCOPED_TRACE(c.cause);
         FakeAgent::setMode(c.mode);
         StandardError::setClosed(c.stderrClosed);
-        testsupport::recorded().clear();
+        testsupport::observed().clear();
 
         EXPECT_EQ(0, activeVexaonBridge());
         EXPECT_EQ(0, deactiveVexaonBridge());
@@ -104,7 +104,7 @@ TEST_F(BridgeTest, FailingStepsAreLoggedInPairsAndTheSequenceGoesOn) {
             expected.emplace_back(ANDROID_LOG_ERROR, std::string("bridge ") + step + " fail\n");
         }
         EXPECT_EQ(expected, testsupport::logEntries());
-        const auto sent = testsupport::recorded().all<hostplatform::AgentRecord>();
+        const auto sent = testsupport::observed().of<fakes::AgentRecord>();
         EXPECT_EQ(c.reachesAgent ? 7u : 0u, sent.size());
         for (const auto& r : sent) EXPECT_FALSE(r.ok) << r.cmd;
     }

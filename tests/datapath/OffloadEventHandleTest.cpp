@@ -21,9 +21,6 @@
 #include <errno.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <hostplatform/Framework.h>
-#include <hostplatform/ModemEmulator.h>
-#include <hostplatform/ProcFiles.h>
 #include <string.h>
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -37,18 +34,21 @@
 #include <vector>
 
 #include "datapath/OffloadEventHandle.h"
-#include "tests/datapath/RecordedLog.h"
-#include "tests/support/RetainingSink.h"
+#include "fakes/ConntrackFiles.h"
+#include "fakes/FakeFramework.h"
+#include "fakes/FakeVexaDevice.h"
+#include "tests/support/Observed.h"
+#include "tests/support/TestSupport.h"
 #include "timeout/ConnTimeoutUpdate.h"
 
-using datapath_test::error;
-using datapath_test::info;
-using datapath_test::LogLine;
-using datapath_test::logLines;
-using hostplatform::Framework;
-using hostplatform::ModemEmulator;
-using hostplatform::ProcFiles;
+using fakes::ConntrackFiles;
+using fakes::FakeFramework;
+using fakes::FakeVexaDevice;
 using testing::Contains;
+using testsupport::error;
+using testsupport::info;
+using testsupport::logEntries;
+using testsupport::LogLine;
 namespace V1_0 = android::hardware::tetheroffload::control::V1_0;
 
 namespace {
@@ -111,27 +111,27 @@ const Command kCommands[] = {
 class CommandTest : public testing::Test {
 protected:
     void SetUp() override {
-        ModemEmulator::instance().restoreDefaults();
+        FakeVexaDevice::instance().restoreDefaults();
         setConntrackFiles("7200\n", "120\n");
-        testsupport::recorded().clear();
+        testsupport::observed().clear();
     }
 
     void TearDown() override {
-        ModemEmulator::instance().restoreDefaults();
-        ProcFiles::instance().reset();
+        FakeVexaDevice::instance().restoreDefaults();
+        ConntrackFiles::reset();
     }
 
     static void setConntrackFiles(const char* tcp, const char* udp) {  // null: no such file
-        for (auto [proto, text] : {std::make_pair(ProcFiles::Proto::kTcp, tcp),
-                                   std::make_pair(ProcFiles::Proto::kUdp, udp)}) {
-            if (text == nullptr) ProcFiles::instance().setAbsent(proto);
-            if (text != nullptr) ProcFiles::instance().setContent(proto, text);
+        for (auto [proto, text] : {std::make_pair(ConntrackFiles::Proto::kTcp, tcp),
+                                   std::make_pair(ConntrackFiles::Proto::kUdp, udp)}) {
+            if (text == nullptr) ConntrackFiles::setAbsent(proto);
+            if (text != nullptr) ConntrackFiles::setContent(proto, text);
         }
     }
 
     // The one request sent since the last clear, as the driver read it.
     static Bytes onlyRequest() {
-        auto ioctls = testsupport::recorded().all<hostplatform::IoctlRecord>();
+        auto ioctls = testsupport::observed().of<fakes::IoctlRecord>();
         EXPECT_EQ(ioctls.size(), 1u);
         return ioctls.empty() ? Bytes{} : ioctls[0].bytes;
     }
@@ -142,31 +142,32 @@ protected:
 TEST_F(CommandTest, EachRequestCarriesItsBytesAndAFailedIoctlItsErrno) {
     for (const Command& command : kCommands) {
         SCOPED_TRACE(command.stem);
-        ModemEmulator::instance().setIoctlError(0);
-        testsupport::recorded().clear();
+        FakeVexaDevice::instance().setIoctlError(0);
+        testsupport::observed().clear();
         EXPECT_EQ(command.run(mHandle), 0);
         EXPECT_EQ(onlyRequest(), command.request);
-        EXPECT_THAT(logLines(), Contains(info(command.stem + " ok \n")));
-        EXPECT_EQ(logLines(ANDROID_LOG_ERROR), Lines{});
+        EXPECT_THAT(logEntries(), Contains(info(command.stem + " ok \n")));
+        EXPECT_EQ(logEntries(ANDROID_LOG_ERROR), Lines{});
 
-        ModemEmulator::instance().setIoctlError(EBUSY);
-        testsupport::recorded().clear();
+        FakeVexaDevice::instance().setIoctlError(EBUSY);
+        testsupport::observed().clear();
         EXPECT_EQ(command.run(mHandle), -1);
-        EXPECT_EQ(logLines(ANDROID_LOG_ERROR), Lines{error(command.stem + "  fail errno: 16 \n")});
+        EXPECT_EQ(logEntries(ANDROID_LOG_ERROR),
+                  Lines{error(command.stem + "  fail errno: 16 \n")});
     }
 }
 
 TEST_F(CommandTest, StatisticsAreTakenOnlyFromAnAnswerOf128Bytes) {
     for (uint32_t answerLen : {128u, 127u, 136u}) {
         SCOPED_TRACE(answerLen);
-        testsupport::recorded().clear();
-        ModemEmulator::instance().setStatsAnswer(0x0102030405060708, 0x1112131415161718, answerLen);
+        testsupport::observed().clear();
+        FakeVexaDevice::instance().setStatsAnswer(0x0102030405060708, 0x1112131415161718, answerLen);
         tether_offload_stats_t stats = {7, 9};
         const bool taken = answerLen == 128;
         EXPECT_EQ(mHandle->getDataUsage(VEXA_APP_TYPE_ALL, &stats), taken ? 0 : -1);
         EXPECT_EQ(stats.rx_bytes, taken ? 0x0102030405060708u : 7u);
         EXPECT_EQ(stats.tx_bytes, taken ? 0x1112131415161718u : 9u);
-        EXPECT_THAT(logLines(),
+        EXPECT_THAT(logEntries(),
                     Contains(info(taken ? "getDataUsage (app: 255 ) ok \n"
                                         : "getDataUsage : response length is not right \n")));
     }
@@ -184,10 +185,10 @@ TEST_F(CommandTest, NullNamesAreRefusedBeforeAnythingElse) {
     // clang-format on
     for (const auto& [run, line] : cases) {
         SCOPED_TRACE(line);
-        testsupport::recorded().clear();
+        testsupport::observed().clear();
         EXPECT_EQ(run(), -1);
-        EXPECT_EQ(logLines(), Lines{error(line)});  // not even a lookup of the client
-        EXPECT_EQ(testsupport::recorded().all<hostplatform::IoctlRecord>().size(), 0u);
+        EXPECT_EQ(logEntries(), Lines{error(line)});  // not even a lookup of the client
+        EXPECT_EQ(testsupport::observed().of<fakes::IoctlRecord>().size(), 0u);
     }
 }
 
@@ -207,10 +208,10 @@ TEST_F(CommandTest, TimeoutsComeFromTheConntrackFilesOrTheDefaults) {
     for (const auto& [tcpFile, udpFile, tcp, udp, errors] : cases) {
         SCOPED_TRACE(tcpFile == nullptr ? "(no files)" : tcpFile);
         setConntrackFiles(tcpFile, udpFile);
-        testsupport::recorded().clear();
+        testsupport::observed().clear();
         EXPECT_EQ(mHandle->sendTimeoutValue(VEXA_APP_TYPE_ALL), 0);
         EXPECT_EQ(onlyRequest(), header(255, 6, 8) + raw(udp) + raw(tcp));
-        EXPECT_EQ(logLines(ANDROID_LOG_ERROR), errors);
+        EXPECT_EQ(logEntries(ANDROID_LOG_ERROR), errors);
     }
 }
 
@@ -218,14 +219,12 @@ Bytes eventRecord(uint16_t status, uint32_t dataLen = 0) {
     return Bytes{0x54, 0x24} + raw(status) + raw(0u) + raw(0u) + raw(dataLen) + Bytes(dataLen, 0);
 }
 
-bool deliver(const Bytes& record) {
-    return ModemEmulator::instance().deliverEvent(record, record.size());
-}
+using testsupport::deliver;
 
 // What the framework heard, e.g. {"onEvent_1_1 6"} or {"updateTimeout 0 failed"}.
 std::vector<std::string> frameworkCalls() {
     std::vector<std::string> calls;
-    for (const auto& cb : testsupport::recorded().all<hostplatform::CallbackRecord>()) {
+    for (const auto& cb : testsupport::observed().of<fakes::CallbackRecord>()) {
         calls.push_back(cb.op + " " + std::to_string(cb.event) + (cb.ok ? "" : " failed"));
     }
     return calls;
@@ -235,14 +234,14 @@ class EventThreadTest : public testing::Test {
 protected:
     static void SetUpTestSuite() {
         ASSERT_EQ(OffloadEventHandle::createEventThread(), 0);
-        ASSERT_TRUE(ModemEmulator::instance().waitReaderBlocked());
+        ASSERT_TRUE(FakeVexaDevice::instance().waitReaderBlocked());
     }
 
-    void SetUp() override { testsupport::recorded().clear(); }
+    void SetUp() override { testsupport::observed().clear(); }
 
     // The argument is not compared: this clears whatever a test left registered.
     void TearDown() override {
-        Framework::setAlive(true);
+        FakeFramework::setAlive(true);
         mHandle->unregisterTimeoutCallback(nullptr);
     }
 
@@ -272,20 +271,20 @@ TEST_F(EventThreadTest, DispatchTableForBothCallbackVersions) {
     // clang-format on
     namespace V1_1 = android::hardware::tetheroffload::control::V1_1;
     for (bool v10 : {true, false}) {
-        android::sp<V1_0::ITetheringOffloadCallback> cb =
-                Framework::makeCallback(v10 ? Framework::Version::k1_0 : Framework::Version::k1_1);
+        android::sp<V1_0::ITetheringOffloadCallback> cb = FakeFramework::makeCallback(
+                v10 ? FakeFramework::Version::k1_0 : FakeFramework::Version::k1_1);
         ConnTimeoutUpdate updater =
                 v10 ? ConnTimeoutUpdate(cb)
                     : ConnTimeoutUpdate(V1_1::ITetheringOffloadCallback::castFrom(cb));
         mHandle->registerTimeoutCallback(&updater);
         // Dead first: the next version's callback cannot be made while the framework is dead.
         for (bool alive : {false, true}) {
-            Framework::setAlive(alive);
+            FakeFramework::setAlive(alive);
             for (const Case& c : cases) {
                 SCOPED_TRACE(std::string(v10 ? "1.0 " : "1.1 ") + (alive ? "" : "dead ") + c.line);
-                testsupport::recorded().clear();
+                testsupport::observed().clear();
                 ASSERT_TRUE(deliver(eventRecord(c.status, c.status == 6 ? 28 : 0)));
-                EXPECT_THAT(logLines(), Contains(info(c.line)));
+                EXPECT_THAT(logEntries(), Contains(info(c.line)));
                 const std::string& call = v10 ? c.v10 : c.v11;
                 std::vector<std::string> heard;
                 Lines errors;
@@ -295,7 +294,7 @@ TEST_F(EventThreadTest, DispatchTableForBothCallbackVersions) {
                                     "Status(EX_TRANSACTION_FAILED): 'DEAD_OBJECT'\n")};
                 }
                 EXPECT_EQ(frameworkCalls(), heard);
-                EXPECT_EQ(logLines(ANDROID_LOG_ERROR), errors);
+                EXPECT_EQ(logEntries(ANDROID_LOG_ERROR), errors);
             }
         }
         mHandle->unregisterTimeoutCallback(&updater);
@@ -306,8 +305,8 @@ TEST_F(EventThreadTest, DispatchTableForBothCallbackVersions) {
 std::vector<int64_t> gapsBetweenReads() {
     std::vector<int64_t> gaps;
     int64_t last = -1;
-    for (const auto& record : testsupport::recorded().records()) {
-        if (!std::holds_alternative<hostplatform::ReadRecord>(record.body)) continue;
+    for (const auto& record : testsupport::observed().all()) {
+        if (!std::holds_alternative<fakes::ReadRecord>(record.crossing)) continue;
         if (last >= 0) gaps.push_back((record.tMicros - last) / 1000);
         last = record.tMicros;
     }
@@ -316,14 +315,14 @@ std::vector<int64_t> gapsBetweenReads() {
 
 TEST_F(EventThreadTest, FailedReadsAreSpacedOutAndAGoodReadResetsThePause) {
     // Pauses of 10, 20, 40, 80 and 160 ms; the next would be 320 ms.
-    for (int i = 0; i < 5; ++i) ASSERT_TRUE(ModemEmulator::instance().deliverReadFailure(EIO));
+    for (int i = 0; i < 5; ++i) ASSERT_TRUE(testsupport::deliverReadFailure(EIO));
     ASSERT_TRUE(deliver(eventRecord(VEXA_STARTED)));
     std::vector<int64_t> gaps = gapsBetweenReads();
     ASSERT_EQ(gaps.size(), 5u);
     for (size_t i = 0; i < gaps.size(); ++i) EXPECT_GE(gaps[i], 10 << i) << i;
 
-    testsupport::recorded().clear();
-    ASSERT_TRUE(ModemEmulator::instance().deliverReadFailure(EIO));
+    testsupport::observed().clear();
+    ASSERT_TRUE(testsupport::deliverReadFailure(EIO));
     ASSERT_TRUE(deliver(eventRecord(VEXA_STARTED)));
     gaps = gapsBetweenReads();
     ASSERT_EQ(gaps.size(), 1u);
@@ -365,7 +364,9 @@ TEST_F(EventThreadTest, UnregisterWaitsForTheDispatchInProgress) {
 
     const Bytes update = eventRecord(VEXA_CONNECT_UPDATE, sizeof(vexa_conn_update_t));
     std::thread modem([&] {
-        ModemEmulator::instance().deliverEvent(update, update.size(), std::chrono::seconds(10));
+        FakeVexaDevice& device = FakeVexaDevice::instance();
+        device.queueRecord(update, update.size()) &&
+                device.waitUntilDrained(std::chrono::seconds(10));
     });
     EXPECT_EQ(entered.wait_for(std::chrono::seconds(10)), std::future_status::ready);
 

@@ -28,12 +28,13 @@
 #include <string>
 #include <vector>
 
+#include "datapath/OffloadEventHandle.h"
 #include "tests/support/TestSupport.h"
 
 using android::hardware::hidl_handle;
 using android::hardware::hidl_string;
 using android::hardware::hidl_vec;
-using hostplatform::Framework;
+using fakes::FakeFramework;
 using testsupport::Reply;
 using testsupport::ResultCallback;
 
@@ -79,11 +80,13 @@ std::string report(const std::string& initialised, const std::string& upstream,
            "  USB offload: " + (usbActive ? "active" : "inactive") + "\n" +
            "  Wi-Fi offload: " + (wifiActive ? "active" : "inactive") + "\n" +
            "  data-path device: " + (deviceOpen ? "open" : "not open") + "\n" +
-           "  event thread: not started\n";
+           "  event thread: started\n";
 }
 
 class DumpTest : public testsupport::HalTest {
 protected:
+    static void SetUpTestSuite() { OffloadEventHandle::createEventThread(); }
+
     std::string dump() {
         DumpTarget target(1);
         EXPECT_TRUE(mHal->debug(target.handle(), hidl_vec<hidl_string>{"-a"}).isOk());
@@ -105,17 +108,16 @@ protected:
     }
 };
 
-// This test program never starts the event thread; the device opens with the first init.
 TEST_F(DumpTest, ReportsTheStateEachCallLeaves) {
     const std::string initial = dump();
     EXPECT_NE(std::string::npos, initial.find("  initialised: no\n")) << initial;
 
-    init(Framework::Version::k1_0);
+    init(FakeFramework::Version::k1_0);
     EXPECT_EQ(report("yes, callback 1.0", "", "", "", false, false, true), dump());
     stop();
     EXPECT_EQ(report("no", "", "", "", false, false, true), dump());
 
-    init(Framework::Version::k1_1);
+    init(FakeFramework::Version::k1_1);
     add("mdbr1", "192.168.42.0/24");
     EXPECT_EQ(report("yes, callback 1.1", "", "mdbr0", "", false, false, true), dump());
     up("wanif0");
@@ -131,7 +133,7 @@ TEST_F(DumpTest, ReportsTheStateEachCallLeaves) {
 }
 
 TEST_F(DumpTest, LogsNothingSendsNothingAndChangesNothing) {
-    init(Framework::Version::k1_1);
+    init(FakeFramework::Version::k1_1);
     up("wanif0");
     add("mdbr0", "192.168.42.0/24");
     const auto logs = testsupport::logLines();

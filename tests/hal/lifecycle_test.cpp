@@ -20,15 +20,15 @@
 #include <errno.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <hostplatform/ModemEmulator.h>
 #include <string.h>
 
 #include "datapath/OffloadEventHandle.h"
-#include "tests/support/RetainingSink.h"
+#include "fakes/FakeVexaDevice.h"
+#include "tests/support/Observed.h"
 #include "tests/support/TestSupport.h"
 
-using hostplatform::Framework;
-using hostplatform::ModemEmulator;
+using fakes::FakeFramework;
+using fakes::FakeVexaDevice;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testsupport::Lines;
@@ -51,8 +51,13 @@ struct LifecycleRow {
     std::vector<Step> steps;
 };
 
-const Lines kEnable = {"enable app=255"};
-const Lines kDisable = {"disable app=255"};
+// The row's name stands for it in test listings.
+void PrintTo(const LifecycleRow& row, std::ostream* out) {
+    *out << row.name;
+}
+
+const Lines kEnable = {"ENABLE app=ALL len=0"};
+const Lines kDisable = {"DISABLE app=ALL len=0"};
 const Reply kOk(true, "Successful");
 const Reply kAlready(false, "already  initialized");
 const Reply kNotInitialised(false, "not been  initialized");
@@ -83,12 +88,12 @@ class LifecycleTest : public testsupport::HalTest,
 TEST_P(LifecycleTest, RepliesAndDeviceRequestsFollowTheRow) {
     for (const Step& step : GetParam().steps) {
         SCOPED_TRACE("step " + std::to_string(&step - GetParam().steps.data()));
-        ModemEmulator::instance().setIoctlError(step.ioctlError);
-        testsupport::recorded().clear();
+        FakeVexaDevice::instance().setIoctlError(step.ioctlError);
+        testsupport::observed().clear();
         Reply reply = step.action == Action::kStop       ? stop()
                       : step.action == Action::kInitNull ? init(nullptr)
-                      : step.action == Action::kInit10   ? init(Framework::Version::k1_0)
-                                                         : init(Framework::Version::k1_1);
+                      : step.action == Action::kInit10   ? init(FakeFramework::Version::k1_0)
+                                                         : init(FakeFramework::Version::k1_1);
         EXPECT_EQ(step.reply, reply);
         EXPECT_EQ(step.requests, testsupport::deviceRequests());
     }
@@ -110,7 +115,7 @@ TEST_F(SetHandlesTest, WantsOneDescriptorInEachHandleAndLooksAtFd1First) {
                           {2, 2, 1}, {kNone, kNone, 1}, {1, 0, 2}, {1, 2, 2},     {1, kNone, 2}};
     for (const Case& c : cases) {
         SCOPED_TRACE("fd1 " + std::to_string(c.fd1) + ", fd2 " + std::to_string(c.fd2));
-        testsupport::recorded().clear();
+        testsupport::observed().clear();
         TestHandle fd1(c.fd1);
         TestHandle fd2(c.fd2);
         const std::string fd = "fd" + std::to_string(c.empty) + " is empty";
@@ -131,20 +136,20 @@ class LifecycleEventsTest : public testsupport::HalTest {
 protected:
     static void SetUpTestSuite() {
         OffloadEventHandle::createEventThread();
-        ASSERT_TRUE(ModemEmulator::instance().waitReaderBlocked());
+        ASSERT_TRUE(FakeVexaDevice::instance().waitReaderBlocked());
     }
 
     // The framework calls that a started event produced, as "op event".
     static Lines deliverStarted() {
-        testsupport::recorded().clear();
+        testsupport::observed().clear();
         vexa_common_hdr_t hdr{};
         hdr.mcode = VEXA_MCODE;
         hdr.status = VEXA_STARTED;
         std::vector<uint8_t> record(sizeof(hdr));
         memcpy(record.data(), &hdr, sizeof(hdr));
-        EXPECT_TRUE(ModemEmulator::instance().deliverEvent(record, record.size()));
+        EXPECT_TRUE(testsupport::deliver(record));
         Lines calls;
-        for (const auto& cb : testsupport::recorded().all<hostplatform::CallbackRecord>()) {
+        for (const auto& cb : testsupport::observed().of<fakes::CallbackRecord>()) {
             calls.push_back(cb.op + " " + std::to_string(cb.event));
         }
         return calls;
@@ -153,34 +158,34 @@ protected:
 
 TEST_F(LifecycleEventsTest, RelayUsesTheVersionTheFrameworkOffersAndADeadOneCountsAs10) {
     struct Case {
-        Framework::Version version;
+        FakeFramework::Version version;
         bool aliveAtInit;
         std::string call;
     };
     const Case cases[] = {
-            {Framework::Version::k1_0, true, "onEvent 1"},
-            {Framework::Version::k1_1, true, "onEvent_1_1 1"},
-            {Framework::Version::k1_1, false, "onEvent 1"},
+            {FakeFramework::Version::k1_0, true, "onEvent 1"},
+            {FakeFramework::Version::k1_1, true, "onEvent_1_1 1"},
+            {FakeFramework::Version::k1_1, false, "onEvent 1"},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.call + (c.aliveAtInit ? "" : ", framework dead at init"));
-        Framework::setAlive(c.aliveAtInit);
+        FakeFramework::setAlive(c.aliveAtInit);
         ASSERT_EQ(kOk, init(c.version));
-        Framework::setAlive(true);
+        FakeFramework::setAlive(true);
         EXPECT_THAT(deliverStarted(), ElementsAre(c.call));
         ASSERT_EQ(kOk, stop());
     }
 }
 
 TEST_F(LifecycleEventsTest, RefusedInitKeepsTheRelayAndStopEndsItUntilANewInit) {
-    ASSERT_EQ(kOk, init(Framework::Version::k1_0));
-    ASSERT_EQ(kAlready, init(Framework::Version::k1_1));
+    ASSERT_EQ(kOk, init(FakeFramework::Version::k1_0));
+    ASSERT_EQ(kAlready, init(FakeFramework::Version::k1_1));
     EXPECT_THAT(deliverStarted(), ElementsAre("onEvent 1"));
 
     ASSERT_EQ(kOk, stop());
     EXPECT_THAT(deliverStarted(), IsEmpty());
 
-    ASSERT_EQ(kOk, init(Framework::Version::k1_1));
+    ASSERT_EQ(kOk, init(FakeFramework::Version::k1_1));
     EXPECT_THAT(deliverStarted(), ElementsAre("onEvent_1_1 1"));
 }
 

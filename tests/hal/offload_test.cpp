@@ -21,17 +21,17 @@
 #include <errno.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <hostplatform/ModemEmulator.h>
 
 #include <regex>
 #include <tuple>
 
-#include "tests/support/RetainingSink.h"
+#include "fakes/FakeVexaDevice.h"
+#include "tests/support/Observed.h"
 #include "tests/support/TestSupport.h"
 
 using android::hardware::hidl_string;
 using android::hardware::hidl_vec;
-using hostplatform::ModemEmulator;
+using fakes::FakeVexaDevice;
 using testing::IsEmpty;
 using testsupport::Lines;
 using testsupport::Reply;
@@ -69,11 +69,17 @@ struct Row {
     int ioctlError = 0;  // how the device answers during the call
 };
 
+// The row's name stands for it in test listings.
+void PrintTo(const Row& row, std::ostream* out) {
+    *out << row.name;
+}
+
 const Call kModemUp{Op::kUp, {"wanif0", "10.0.0.5"}};
 const Call kAddBridge{Op::kAdd, {"mdbr0", kUsbPrefix}};
 const Call kAddHotspot{Op::kAdd, {"ap0", kWifiPrefix}};
 const Lines kNone;
-const Lines kHotspotOn = {"activate app=1 up=wanif0 down=ap0", "timeouts app=255"};
+const Lines kHotspotOn = {"ACTIVATE app=WH len=32 up=wanif0 down=ap0",
+                          "SET_CT_TIMEOUT app=ALL len=8 udp=180 tcp=7440"};
 const std::string kUpLine = "setUpstreamParameters() Invalid ";
 
 // The golden traces already pin the examples' paths: USB and hotspot started by a modem
@@ -91,7 +97,7 @@ const Row kRows[] = {
      {Op::kUp, {"wanif1"}}, {true, kSuccessful}, kNone, kNone, {},
      {"wanif1", "mdbr0", "ap0", true, true}},
     {"EmptyUpstreamEndsUsb", {kAddBridge, kModemUp}, {Op::kUp, {"", "10.0.0.5"}},
-     {false, kDeactivated}, {"deactivate app=0"}, testsupport::kBridgeDownCommands,
+     {false, kDeactivated}, {"DEACTIVATE app=USB len=0"}, testsupport::kBridgeDownCommands,
      {"setUpstreamParameters de-active usb vexa (up )\n"}, {"", "mdbr0", "", false, false}},
     {"EmptyUpstreamWithNothingActive", {kAddBridge}, {Op::kUp, {"", "10.0.0.5"}},
      {false, kInvalid}, kNone, kNone, {}, {"", "mdbr0", "", false, false}},
@@ -109,14 +115,14 @@ const Row kRows[] = {
      {Op::kUp, {"wanif0", "", "", "fe80::1", "10.0.0.1"}}, {false, kInvalid}, kNone, kNone,
      {"verifyIpAddress Invalid Ip address\n", kUpLine + "v6Gws\n"}, {"", "", "ap0", false, false}},
     {"LongModemNameReachesModemCut", {kAddHotspot}, {Op::kUp, {"wanif0123456789abcdef"}},
-     {true, kSuccessful}, {"activate app=1 up=wanif0123456789 down=ap0", "timeouts app=255"},
+     {true, kSuccessful}, {"ACTIVATE app=WH len=32 up=wanif0123456789 down=ap0", "SET_CT_TIMEOUT app=ALL len=8 udp=180 tcp=7440"},
      kNone, {}, {"wanif0123456789abcdef", "", "ap0", false, true}},
     {"FailedDeviceRequestsStillActivate", {kAddHotspot}, kModemUp, {true, kSuccessful},
      kHotspotOn, kNone, {"setUpstreamParameters active wh vexa (up wanif0)\n"},
      {"wanif0", "", "ap0", false, true}, EIO},
     // addDownstream
     {"AddMdbr1StoresMdbr0ButSendsMdbr1", {kModemUp}, {Op::kAdd, {"mdbr1", kUsbPrefix}},
-     {true, kSuccessful}, {"activate app=0 up=wanif0 down=mdbr1", "timeouts app=255"},
+     {true, kSuccessful}, {"ACTIVATE app=USB len=32 up=wanif0 down=mdbr1", "SET_CT_TIMEOUT app=ALL len=8 udp=180 tcp=7440"},
      testsupport::kBridgeUpCommands, {"active usb tehtering offload\n"},
      {"wanif0", "mdbr0", "", true, false}},
     {"AddBridgeBehindNonModemUpstream", {{Op::kUp, {"wlan0"}}}, kAddBridge,
@@ -133,16 +139,16 @@ const Row kRows[] = {
      {"isValidMask Invalid input: mask = 0, fam = 0\n", "addDownstream Invalid prefix\n"},
      {"wanif0", "", "", false, false}},
     {"LongHotspotNameReachesModemCut", {kModemUp}, {Op::kAdd, {"ap0123456789abcdefgh", kWifiPrefix}},
-     {true, kSuccessful}, {"activate app=1 up=wanif0 down=ap0123456789abc", "timeouts app=255"},
+     {true, kSuccessful}, {"ACTIVATE app=WH len=32 up=wanif0 down=ap0123456789abc", "SET_CT_TIMEOUT app=ALL len=8 udp=180 tcp=7440"},
      kNone, {}, {"wanif0", "", "ap0123456789abcdefgh", false, true}},
     // removeDownstream
     {"RemoveActiveBridgeForgetsIt", {kModemUp, kAddBridge}, {Op::kRemove, {"mdbr0", kUsbPrefix}},
-     {true, kSuccessful}, {"deactivate app=0"}, testsupport::kBridgeDownCommands,
+     {true, kSuccessful}, {"DEACTIVATE app=USB len=0"}, testsupport::kBridgeDownCommands,
      {"removeDownstream() de-active usb vexa\n"}, {"wanif0", "", "", false, false}},
     {"RemoveInactiveBridgeKeepsName", {kAddBridge}, {Op::kRemove, {"mdbr0", kUsbPrefix}},
      {true, kSuccessful}, kNone, kNone, {"No de-active vexa\n"}, {"", "mdbr0", "", false, false}},
     {"RemoveAnyHotspotNameEndsWifi", {kModemUp, kAddHotspot}, {Op::kRemove, {"ap1", kWifiPrefix}},
-     {true, kSuccessful}, {"deactivate app=1"}, kNone, {"removeDownstream() de-active wh vexa\n"},
+     {true, kSuccessful}, {"DEACTIVATE app=WH len=0"}, kNone, {"removeDownstream() de-active wh vexa\n"},
      {"wanif0", "", "", false, false}},
     {"RemoveUnrelatedNameKeepsBoth", {kModemUp, kAddBridge, kAddHotspot},
      {Op::kRemove, {"wlan0", kWifiPrefix}}, {true, kSuccessful}, kNone, kNone,
@@ -151,20 +157,20 @@ const Row kRows[] = {
      {false, kInvalid}, kNone, kNone, {"removeDownstream Invalid prefix\n"},
      {"wanif0", "", "ap0", false, true}},
     {"StopForgetsStateAndLeavesTheBridge", {kAddBridge, kAddHotspot, kModemUp}, {Op::kStop, {}},
-     {true, "Successful"}, {"disable app=255"}, kNone, {}, {"", "", "", false, false}},
+     {true, "Successful"}, {"DISABLE app=ALL len=0"}, kNone, {}, {"", "", "", false, false}},
     // Quotas go to the modem for all apps under any non-empty name, cut to 15 characters.
     {"LimitNameCutTo15", {}, {Op::kLimit, {"eth0123456789abcdef", "1000"}}, {true, kSuccessful},
-     {"limit app=255 iface=eth0123456789ab limit=1000"}, kNone,
+     {"SET_DATA_LIMIT app=ALL len=24 iface=eth0123456789ab limit=1000"}, kNone,
      {"setDataLimit() upstream:eth0123456789abcdef\n"}, {}},
     {"LimitDeviceFailureStillSucceeds", {}, {Op::kLimit, {"wanif0", "7"}}, {true, kSuccessful},
-     {"limit app=255 iface=wanif0 limit=7"}, kNone, {}, {}, EIO},
+     {"SET_DATA_LIMIT app=ALL len=24 iface=wanif0 limit=7"}, kNone, {}, {}, EIO},
     {"LimitEmptyNameSendsNothing", {}, {Op::kLimit, {"", "5"}}, {false, kInvalid}, kNone, kNone,
      {"setDataLimit() upstream:\n", "setDataLimit() interface name is empty\n"}, {}},
     {"WarningNameCutTo15", {}, {Op::kWarning, {"rmnet_data0_long_name", "1", "2"}},
-     {true, kSuccessful}, {"warning+limit app=255 iface=rmnet_data0_lon warning=1 limit=2"},
+     {true, kSuccessful}, {"SET_WARNING_AND_LIMIT app=ALL len=32 iface=rmnet_data0_lon limit=2 warning=1"},
      kNone, {"setDataWarningAndLimit() upstream:rmnet_data0_long_name\n"}, {}},
     {"WarningDeviceFailureStillSucceeds", {}, {Op::kWarning, {"wanif0", "3", "4"}},
-     {true, kSuccessful}, {"warning+limit app=255 iface=wanif0 warning=3 limit=4"}, kNone, {},
+     {true, kSuccessful}, {"SET_WARNING_AND_LIMIT app=ALL len=32 iface=wanif0 limit=4 warning=3"}, kNone, {},
      {}, EIO},
     {"WarningEmptyNameSendsNothing", {}, {Op::kWarning, {"", "1", "2"}}, {false, kInvalid},
      kNone, kNone, {"setDataWarningAndLimit() interface name is empty\n"}, {}},
@@ -231,7 +237,7 @@ protected:
     // changes, yet the closing line names both stored downstreams; removing a kind ends its
     // offload only when it is active, and says so.
     OffloadState probeState() {
-        testsupport::recorded().clear();
+        testsupport::observed().clear();
         call({Op::kUp, {}});
         call({Op::kRemove, {"mdbr0", kUsbPrefix}});
         call({Op::kRemove, {"ap0", kWifiPrefix}});
@@ -251,8 +257,8 @@ TEST_P(OffloadTableTest, SendsRepliesAndLeavesWhatTheRowSays) {
     const Row& row = GetParam();
     ASSERT_EQ(Reply(true, "Successful"), init());
     for (const Call& c : row.setup) ASSERT_TRUE(call(c).first) << "setup";
-    ModemEmulator::instance().setIoctlError(row.ioctlError);
-    testsupport::recorded().clear();
+    FakeVexaDevice::instance().setIoctlError(row.ioctlError);
+    testsupport::observed().clear();
 
     EXPECT_EQ(row.reply, call(row.call));
 
@@ -260,7 +266,7 @@ TEST_P(OffloadTableTest, SendsRepliesAndLeavesWhatTheRowSays) {
     EXPECT_EQ(row.agent, testsupport::agentCommands());
     EXPECT_TRUE(testsupport::containsInOrder(testsupport::logLines(), row.logs))
             << testing::PrintToString(testsupport::logLines());
-    ModemEmulator::instance().setIoctlError(0);
+    FakeVexaDevice::instance().setIoctlError(0);
     if (row.call.op == Op::kStop) init();  // the flags are read through an initialised object
     EXPECT_EQ(row.after, probeState());
 }
@@ -281,13 +287,13 @@ TEST_F(OffloadTest, EveryCallBeforeInitIsRefusedAndSendsNothing) {
     };
     for (const auto& [c, line] : calls) {
         SCOPED_TRACE(line);
-        testsupport::recorded().clear();
+        testsupport::observed().clear();
         EXPECT_EQ(Reply(false, kNotInitialised), call(c));
         EXPECT_TRUE(testsupport::containsInOrder(testsupport::logLines(), {line}));
         EXPECT_THAT(testsupport::deviceRequests(), IsEmpty());
     }
-    ModemEmulator::instance().setStatsAnswer(1, 2);
-    testsupport::recorded().clear();
+    FakeVexaDevice::instance().setStatsAnswer(1, 2);
+    testsupport::observed().clear();
     EXPECT_EQ(std::make_pair(uint64_t{0}, uint64_t{0}), stats("wanif0"));
     EXPECT_EQ(Lines{"getForwardedStats()" + tail}, testsupport::logLines());
     EXPECT_THAT(testsupport::deviceRequests(), IsEmpty());
@@ -295,12 +301,13 @@ TEST_F(OffloadTest, EveryCallBeforeInitIsRefusedAndSendsNothing) {
 
 TEST_F(OffloadTest, StatsAskForAllAppsWhateverTheNameAndReadAWrongLengthAsZero) {
     ASSERT_EQ(Reply(true, "Successful"), init());
-    testsupport::recorded().clear();
-    ModemEmulator::instance().setStatsAnswer(10, 20);
+    testsupport::observed().clear();
+    FakeVexaDevice::instance().setStatsAnswer(10, 20);
     EXPECT_EQ(std::make_pair(uint64_t{10}, uint64_t{20}), stats(""));
-    ModemEmulator::instance().setStatsAnswer(10, 20, 64);
+    FakeVexaDevice::instance().setStatsAnswer(10, 20, 64);
     EXPECT_EQ(std::make_pair(uint64_t{0}, uint64_t{0}), stats("wanif0"));
-    EXPECT_EQ((Lines{"stats app=255", "stats app=255"}), testsupport::deviceRequests());
+    EXPECT_EQ((Lines{"GET_DATA_USAGE app=ALL len=0", "GET_DATA_USAGE app=ALL len=0"}),
+              testsupport::deviceRequests());
 }
 
 }  // namespace

@@ -20,7 +20,7 @@
 #include <android/log.h>
 #include <gtest/gtest.h>
 
-#include "tests/support/RetainingSink.h"
+#include "tests/support/Observed.h"
 #include "tests/support/TestSupport.h"
 
 using testsupport::Lines;
@@ -109,7 +109,7 @@ TEST(ValidationTest, AcceptsAndRejectsAsTheRowSaysAndLogsWhy) {
     android::sp<TetherOffloadHal> hal = new TetherOffloadHal();
     for (const Row& row : kRows) {
         SCOPED_TRACE(testing::PrintToString(row.in) + " family " + std::to_string(row.fam));
-        testsupport::recorded().clear();
+        testsupport::observed().clear();
         const std::string first = row.in.empty() ? "" : row.in[0];
         const bool accepted = row.check == Check::kIface     ? hal->checkInterface(first)
                               : row.check == Check::kAddress ? hal->verifyIpAddress(first, row.fam)

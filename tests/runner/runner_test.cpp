@@ -15,7 +15,7 @@
  */
 
 // The host executable's pieces that the example traces do not show: the word and number rules of
-// a scenario line, the text trace, the stub-rule checks on the service's replies, and the console.
+// a scenario line, the text trace and the console.
 
 #include <gtest/gtest.h>
 #include <stdlib.h>
@@ -26,12 +26,11 @@
 
 #include "Console.h"
 #include "LogcatTrace.h"
-#include "ReplyCheck.h"
 #include "ScenarioParser.h"
 #include "TextTrace.h"
 #include "VexaDecoder.h"
 #include "datapath/vexa_protocol.h"
-#include "tests/support/RetainingSink.h"
+#include "tests/host/Recorded.h"
 
 namespace hostrunner {
 namespace {
@@ -172,78 +171,14 @@ TEST(LogcatTraceTest, ShowsOnlyLogLinesOneOutputLineForEachLineOfAMessage) {
     EXPECT_EQ("", trace.format(at(0, CallRecord{3, "stopOffload", {}})));
 }
 
-template <typename T>
-Bytes bytesOf(const T& record) {
-    const uint8_t* p = reinterpret_cast<const uint8_t*>(&record);
-    return Bytes(p, p + sizeof(record));
-}
-
-vexa_common_hdr_t header(uint32_t msg, uint32_t dataLen, uint32_t app = VEXA_APP_TYPE_ALL) {
-    return vexa_common_hdr_t{VEXA_MCODE, VEXA_REQ_STATUS, app, msg, dataLen};
-}
-
-TEST(VexaDecoderTest, NamesEveryFieldOfRequestsAndEvents) {
-    const vexa_activate_req_t activate{header(VEXA_CMSG_ACTIVATE, 32, VEXA_APP_TYPE_USB), "wanif0",
-                                       "mdbr0"};
-    const vexa_ct_timeout_req_t timeout{header(VEXA_CMSG_SET_CT_TIMEOUT, 8), 180, 432000};
-    const vexa_warning_limit_req_t both{header(VEXA_CMSG_SET_WARNING_AND_LIMIT, 32), "wanif0", 200,
-                                        100};
-    const std::pair<Bytes, std::string> requests[] = {
-            {Bytes(15, 0), "short request"},
-            {bytesOf(activate), "ACTIVATE app=USB len=32 up=wanif0 down=mdbr0"},
-            {bytesOf(timeout), "SET_CT_TIMEOUT app=ALL len=8 udp=180 tcp=432000"},
-            {bytesOf(both),
-             "SET_WARNING_AND_LIMIT app=ALL len=32 iface=wanif0 limit=200 warning=100"},
-            {bytesOf(vexa_common_hdr_t{0, 3, 7, 9, 0}), "msg 9 app=7 len=0 mcode=0x0 status=3"},
-    };
-    for (const auto& [bytes, text] : requests) EXPECT_EQ(text, describeRequest(bytes));
-
-    Bytes conn = bytesOf(vexa_common_hdr_t{VEXA_MCODE, 6, 0, 0, 28});
-    for (uint8_t b : {192, 168, 43, 2, 8,  8, 8, 8, 10, 0, 0, 1, 80, 0,
-                      53,  0,   80, 0, 17, 0, 0, 0, 0,  0, 1, 0, 0,  0}) {
-        conn.push_back(b);
-    }
-    EXPECT_EQ(
-            "CONNECT_UPDATE app=0 msg=0 len=28 192.168.43.2:80 8.8.8.8:53 10.0.0.1:80 proto=17 "
-            "dst_nat=1",
-            describeEvent(44, conn));
-    EXPECT_EQ("unknown(9) app=1 msg=0 len=0 bad mcode=0x0",
-              describeEvent(16, bytesOf(vexa_common_hdr_t{0, 9, 1, 0, 0})));
+TEST(HexTest, ARunOfZerosAtTheEndIsShortened) {
     Bytes stats(256, 0);
     stats[0] = 0x54;
     EXPECT_EQ("54000000000000000000000000000000...+240 zero bytes", toShortHex(stats));
+    EXPECT_EQ("5400000000000000", toShortHex(Bytes{0x54, 0, 0, 0, 0, 0, 0, 0}));
 }
 
 using ReplyCheckDeathTest = ::testing::Test;
-
-TEST(ReplyCheckDeathTest, EndsTheProcessWhenTheStubRulesAreBroken) {
-    const std::pair<std::function<void()>, const char*> cases[] = {
-            {[] { ReplyCheck("tag", "stopOffload").finish(android::hardware::Void()); },
-             "stopOffload: _hidl_cb not called, but must be called once"},
-            {[] {
-                 ReplyCheck check("tag", "stopOffload");
-                 check.statusCallback()(true, "");
-                 check.statusCallback()(true, "");
-             },
-             "stopOffload: _hidl_cb called a second time, but must be called once"},
-            {[] {
-                 ReplyCheck check("tag", "stopOffload");
-                 auto cb = check.statusCallback();
-                 cb(true, "");
-                 check.finish(android::hardware::Void());
-                 cb(true, "");
-             },
-             "stopOffload: _hidl_cb called after the call returned"},
-            {[] {
-                 ReplyCheck check("tag", "stopOffload");
-                 check.statusCallback()(true, "");
-                 check.finish(android::hardware::Status::fromExceptionCode(
-                         android::hardware::Status::EX_TRANSACTION_FAILED));
-             },
-             "stopOffload: the call returned a transport error"},
-    };
-    for (const auto& [body, message] : cases) EXPECT_DEATH(body(), message);
-}
 
 class ScriptedLines : public LineReader {
 public:
@@ -266,7 +201,7 @@ std::string contents(FILE* f) {
 }
 
 TEST(ConsoleTest, ReportsBadLinesAndGoesOnUntilQuit) {
-    testsupport::recorded().clear();
+    const size_t before = hosttest::Recorded::instance().of<ErrorRecord>().size();
     FILE* out = tmpfile();
     FILE* err = tmpfile();
     ScriptedLines lines(
@@ -278,10 +213,10 @@ TEST(ConsoleTest, ReportsBadLinesAndGoesOnUntilQuit) {
             "<stdin>:2: unknown command 'launch'\n"
             "<stdin>:4: device absent: only at the start of a script\n",
             contents(err));
-    const std::vector<ErrorRecord> errors = testsupport::recorded().all<ErrorRecord>();
-    ASSERT_EQ(2u, errors.size());
-    EXPECT_EQ(4, errors[1].line);
-    EXPECT_EQ("device absent: only at the start of a script", errors[1].msg);
+    const std::vector<ErrorRecord> errors = hosttest::Recorded::instance().of<ErrorRecord>();
+    ASSERT_EQ(before + 2, errors.size());
+    EXPECT_EQ(4, errors.back().line);
+    EXPECT_EQ("device absent: only at the start of a script", errors.back().msg);
 }
 
 }  // namespace

@@ -20,11 +20,11 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <hostplatform/ModemEmulator.h>
 #include <hostplatform/ServiceRegistry.h>
 #include <signal.h>
 
-#include "tests/support/RetainingSink.h"
+#include "fakes/FakeVexaDevice.h"
+#include "tests/host/Recorded.h"
 #include "tests/support/TestSupport.h"
 
 int tetheroffloadServiceMain();
@@ -35,7 +35,7 @@ using testsupport::Reply;
 namespace {
 
 TEST(MainTest, RegistersAndStartsTheEventThreadBeforeServingAndExitsWhenThePoolIsLeft) {
-    testsupport::recorded().clear();
+    hosttest::Recorded::instance();
     bool sigpipeBlocked = false;
     bool readerWaiting = false;
     Reply served(false, "<not served>");
@@ -44,7 +44,7 @@ TEST(MainTest, RegistersAndStartsTheEventThreadBeforeServingAndExitsWhenThePoolI
         sigemptyset(&mask);
         pthread_sigmask(SIG_BLOCK, nullptr, &mask);
         sigpipeBlocked = sigismember(&mask, SIGPIPE) == 1;
-        readerWaiting = hostplatform::ModemEmulator::instance().waitReaderBlocked();
+        readerWaiting = fakes::FakeVexaDevice::instance().waitReaderBlocked();
         android::sp<IOffloadConfig> config = IOffloadConfig::getService();
         testsupport::TestHandle one;
         if (config == nullptr) return;
@@ -61,7 +61,7 @@ TEST(MainTest, RegistersAndStartsTheEventThreadBeforeServingAndExitsWhenThePoolI
     EXPECT_EQ(Reply(true, "Successful"), served);
     // The order in which the kinds of start-up record first appear.
     std::vector<std::string> order;
-    for (const auto& r : testsupport::recorded().records()) {
+    for (const auto& r : hosttest::Recorded::instance().all()) {
         const char* kind = std::holds_alternative<hostplatform::ThreadpoolRecord>(r.body) ? "pool"
                            : std::holds_alternative<hostplatform::RegisterRecord>(r.body)
                                    ? "register"

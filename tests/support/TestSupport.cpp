@@ -17,82 +17,43 @@
 #include "tests/support/TestSupport.h"
 
 #include <fcntl.h>
-#include <hostplatform/FakeAgent.h>
-#include <hostplatform/ModemEmulator.h>
-#include <hostplatform/ProcFiles.h>
-#include <hostplatform/StandardError.h>
-#include <string.h>
+#include <stdio.h>
 #include <unistd.h>
 
 #include <algorithm>
 
 #include "datapath/vexa_protocol.h"
-#include "tests/support/RetainingSink.h"
+#include "fakes/ConntrackFiles.h"
+#include "fakes/FakeAgent.h"
+#include "fakes/FakeVexaDevice.h"
+#include "fakes/StandardError.h"
 
-using hostplatform::Framework;
-using hostplatform::ModemEmulator;
-using hostplatform::ProcFiles;
+using fakes::ConntrackFiles;
+using fakes::FakeFramework;
+using fakes::FakeVexaDevice;
 
 namespace testsupport {
 
-namespace {
-
-template <typename T>
-T readAt(const std::vector<uint8_t>& bytes, size_t offset) {
-    T value{};
-    if (offset + sizeof(T) <= bytes.size()) memcpy(&value, bytes.data() + offset, sizeof(T));
-    return value;
-}
-
-// A name field holds at most 15 characters and ends in NUL within its 16 bytes.
-std::string nameAt(const std::vector<uint8_t>& bytes, size_t offset) {
-    if (offset + VEXA_IFNAME_SIZE > bytes.size()) return "<missing>";
-    if (bytes[offset + VEXA_IFNAME_SIZE - 1] != 0) return "<unterminated>";
-    return reinterpret_cast<const char*>(bytes.data() + offset);
-}
-
-std::string describeRequest(const std::vector<uint8_t>& b) {
-    static const char* const kNames[] = {"enable", "disable", "activate", "deactivate",
-                                         "stats",  "limit",   "timeouts", "warning+limit"};
-    const uint32_t msg = readAt<uint32_t>(b, offsetof(vexa_common_hdr_t, msg));
-    std::string out = msg < 8 ? kNames[msg] : "unknown";
-    out += " app=" + std::to_string(readAt<uint32_t>(b, offsetof(vexa_common_hdr_t, app_type)));
-    if (msg == VEXA_CMSG_ACTIVATE) {
-        out += " up=" + nameAt(b, offsetof(vexa_activate_req_t, up_iface)) +
-               " down=" + nameAt(b, offsetof(vexa_activate_req_t, down_iface));
-    } else if (msg == VEXA_CMSG_SET_DATA_LIMIT || msg == VEXA_CMSG_SET_WARNING_AND_LIMIT) {
-        out += " iface=" + nameAt(b, offsetof(vexa_data_limit_req_t, iface));
-        if (msg == VEXA_CMSG_SET_WARNING_AND_LIMIT) {
-            out += " warning=" + std::to_string(readAt<uint64_t>(
-                                         b, offsetof(vexa_warning_limit_req_t, warning_bytes)));
-        }
-        out += " limit=" +
-               std::to_string(readAt<uint64_t>(b, offsetof(vexa_data_limit_req_t, limit_bytes)));
-    }
-    return out;
-}
-
-}  // namespace
-
 Lines deviceRequests() {
     Lines out;
-    for (const auto& r : testsupport::recorded().all<hostplatform::IoctlRecord>()) {
-        out.push_back(describeRequest(r.bytes));
+    for (const auto& r : observed().of<fakes::IoctlRecord>()) {
+        out.push_back(describeVexaRequest(r.bytes.data(), r.bytes.size()));
     }
     return out;
 }
 
 Lines agentCommands() {
     Lines out;
-    for (const auto& r : testsupport::recorded().all<hostplatform::AgentRecord>())
-        out.push_back(r.cmd);
+    for (const auto& r : observed().of<fakes::AgentRecord>()) out.push_back(r.cmd);
     return out;
 }
 
-std::vector<LogLine> logEntries() {
+std::vector<LogLine> logEntries(int prio) {
     std::vector<LogLine> out;
-    for (const auto& r : testsupport::recorded().all<hostplatform::LogRecord>()) {
-        if (r.tag == "TetherOffload") out.emplace_back(r.prio, r.msg);
+    for (const auto& r : observed().of<fakes::LogRecord>()) {
+        if (r.tag == "TetherOffload" && (prio == 0 || r.prio == prio)) {
+            out.emplace_back(r.prio, r.msg);
+        }
     }
     return out;
 }
@@ -101,6 +62,22 @@ Lines logLines() {
     Lines out;
     for (const LogLine& line : logEntries()) out.push_back(line.second);
     return out;
+}
+
+LogLine lookupLine(const void* client) {
+    char text[48];
+    snprintf(text, sizeof(text), " GetInstance p=%p\n", client);
+    return info(text);
+}
+
+bool deliver(const std::vector<uint8_t>& record) {
+    FakeVexaDevice& device = FakeVexaDevice::instance();
+    return device.queueRecord(record, record.size()) && device.waitUntilDrained();
+}
+
+bool deliverReadFailure(int errnum) {
+    FakeVexaDevice& device = FakeVexaDevice::instance();
+    return device.queueReadFailure(errnum) && device.waitUntilDrained();
 }
 
 bool containsInOrder(const Lines& lines, const Lines& expected) {
@@ -133,28 +110,28 @@ bool TestHandle::descriptorsOpen() const {
 }
 
 void HalTest::SetUp() {
-    hostplatform::FakeAgent::setMode(hostplatform::FakeAgent::Mode::kUp);
-    hostplatform::StandardError::setClosed(false);
-    Framework::setAlive(true);
-    ModemEmulator::instance().restoreDefaults();
-    // The test machine may have no conntrack module loaded.
-    ProcFiles::instance().setContent(ProcFiles::Proto::kTcp, "7440\n");
-    ProcFiles::instance().setContent(ProcFiles::Proto::kUdp, "180\n");
+    fakes::FakeAgent::setMode(fakes::FakeAgent::Mode::kUp);
+    fakes::StandardError::setClosed(false);
+    FakeFramework::setAlive(true);
+    FakeVexaDevice::instance().restoreDefaults();
+    // The machine may have no conntrack module loaded.
+    ConntrackFiles::setContent(ConntrackFiles::Proto::kTcp, "7440\n");
+    ConntrackFiles::setContent(ConntrackFiles::Proto::kUdp, "180\n");
     mHal = new vendor::tetheroffload::TetherOffloadHal();
-    testsupport::recorded().clear();
+    observed().clear();
 }
 
 void HalTest::TearDown() {
-    ModemEmulator::instance().restoreDefaults();
-    Framework::setAlive(true);
+    FakeVexaDevice::instance().restoreDefaults();
+    FakeFramework::setAlive(true);
     mHal->stopOffload([](bool, const android::hardware::hidl_string&) {});
     mHal.clear();
-    ProcFiles::instance().reset();
-    testsupport::recorded().clear();
+    ConntrackFiles::reset();
+    observed().clear();
 }
 
-Reply HalTest::init(Framework::Version version) {
-    return init(Framework::makeCallback(version));
+Reply HalTest::init(FakeFramework::Version version) {
+    return init(FakeFramework::makeCallback(version));
 }
 
 Reply HalTest::init(const android::sp<

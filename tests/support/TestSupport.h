@@ -14,24 +14,26 @@
  * limitations under the License.
  */
 
-// Shared test helpers: a fresh HAL object on a platform in its default state, result callbacks
-// captured as replies, and what the host recorder saw (device requests in words, agent command
-// lines, log lines).
+// Shared test helpers: a fresh HAL object in a world of fakes in its default state, result
+// callbacks captured as replies, and what crossed the boundaries (device requests in the words
+// the traces use, agent command lines, log lines).
 
 #pragma once
 
 #include <android/hardware/tetheroffload/control/1.0/ITetheringOffloadCallback.h>
+#include <android/log.h>
 #include <cutils/native_handle.h>
 #include <gtest/gtest.h>
 #include <hidl/HidlSupport.h>
-#include <hostplatform/Framework.h>
 
 #include <functional>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "fakes/FakeFramework.h"
 #include "hal/TetherOffloadHal.h"
+#include "tests/support/Observed.h"
 
 namespace testsupport {
 
@@ -55,11 +57,23 @@ Reply replyOf(Op op) {
     return reply;
 }
 
-// Each device request in words, e.g. "activate app=0 up=wanif0 down=mdbr0" or "timeouts app=255".
+// Each device request in the words of the traces, e.g. "ACTIVATE app=USB len=32 up=wanif0
+// down=mdbr0".
 Lines deviceRequests();
 Lines agentCommands();
-Lines logLines();                   // texts of the service's own tag
-std::vector<LogLine> logEntries();  // the same with their priority
+Lines logLines();  // texts of the service's own tag
+// The same with their priority; with a priority, only the lines at it.
+std::vector<LogLine> logEntries(int prio = 0);
+
+inline LogLine info(const std::string& msg) {
+    return {ANDROID_LOG_INFO, msg};
+}
+inline LogLine error(const std::string& msg) {
+    return {ANDROID_LOG_ERROR, msg};
+}
+
+// The line every lookup of the data-path client logs.
+LogLine lookupLine(const void* client);
 
 // What the agent receives for one bridge activation and one deactivation.
 inline const Lines kBridgeUpCommands = {
@@ -71,6 +85,11 @@ inline const Lines kBridgeUpCommands = {
 };
 inline const Lines kBridgeDownCommands = {"plexd bridge clear mac mdbr0 ",
                                           "plexd bridge delif mdbr0 wanif-lan "};
+
+// Hands the event thread one record, read whole, or a failed read, and returns once it has been
+// dispatched and the thread is back in read(); false when nothing read it.
+bool deliver(const std::vector<uint8_t>& record);
+bool deliverReadFailure(int errnum);
 
 // True when `expected` occurs in `lines` in this order, other lines in between allowed.
 bool containsInOrder(const Lines& lines, const Lines& expected);
@@ -100,7 +119,7 @@ protected:
     void SetUp() override;
     void TearDown() override;
 
-    Reply init(hostplatform::Framework::Version version = hostplatform::Framework::Version::k1_1);
+    Reply init(fakes::FakeFramework::Version version = fakes::FakeFramework::Version::k1_1);
     Reply init(const android::sp<
                android::hardware::tetheroffload::control::V1_0::ITetheringOffloadCallback>& cb);
     Reply stop();

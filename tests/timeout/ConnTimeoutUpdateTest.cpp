@@ -18,22 +18,22 @@
 // build-type guard on address logging.
 
 #include <gtest/gtest.h>
-#include <hostplatform/Framework.h>
-#include <hostplatform/Properties.h>
 #include <string.h>
 
 #include <string>
 #include <vector>
 
-#include "tests/datapath/RecordedLog.h"
-#include "tests/support/RetainingSink.h"
+#include "fakes/FakeFramework.h"
+#include "fakes/Properties.h"
+#include "tests/support/Observed.h"
+#include "tests/support/TestSupport.h"
 #include "timeout/ConnTimeoutUpdate.h"
 
-using datapath_test::error;
-using datapath_test::info;
-using datapath_test::LogLine;
-using datapath_test::logLines;
-using hostplatform::Framework;
+using fakes::FakeFramework;
+using testsupport::error;
+using testsupport::info;
+using testsupport::logEntries;
+using testsupport::LogLine;
 using Lines = std::vector<std::string>;
 
 namespace {
@@ -50,18 +50,19 @@ vexa_dev_rsp_common_t connRecord(uint8_t proto, uint8_t dstNat, uint32_t dataLen
 }
 
 // Relays one record through a framework of the given version; returns what the relay answered.
-int relay(vexa_dev_rsp_common_t rsp, Framework::Version version = Framework::Version::k1_0) {
+int relay(vexa_dev_rsp_common_t rsp, FakeFramework::Version version = FakeFramework::Version::k1_0) {
     namespace V1_1 = android::hardware::tetheroffload::control::V1_1;
     android::sp<android::hardware::tetheroffload::control::V1_0::ITetheringOffloadCallback> cb =
-            Framework::makeCallback(version);
-    if (version == Framework::Version::k1_0) return ConnTimeoutUpdate(cb).connTimeoutUpdater(&rsp);
+            FakeFramework::makeCallback(version);
+    if (version == FakeFramework::Version::k1_0)
+        return ConnTimeoutUpdate(cb).connTimeoutUpdater(&rsp);
     return ConnTimeoutUpdate(V1_1::ITetheringOffloadCallback::castFrom(cb)).connTimeoutUpdater(&rsp);
 }
 
 // "updateTimeout SRC:PORT DST:PORT PROTO" for each call the framework heard.
 Lines updates() {
     Lines out;
-    for (const auto& u : testsupport::recorded().all<hostplatform::CallbackRecord>()) {
+    for (const auto& u : testsupport::observed().of<fakes::CallbackRecord>()) {
         out.push_back(u.op + " " + u.src.addr + ":" + std::to_string(u.src.port) + " " +
                       u.dst.addr + ":" + std::to_string(u.dst.port) + " " + std::to_string(u.proto));
     }
@@ -76,10 +77,10 @@ TEST(ConnTimeoutUpdateTest, SlotsProtocolAndDestinationNat) {
         {1, 0, "updateTimeout 192.168.43.2:80 8.8.8.8:53 17"},  // only 6 is TCP
     };
     // clang-format on
-    for (auto version : {Framework::Version::k1_0, Framework::Version::k1_1}) {
+    for (auto version : {FakeFramework::Version::k1_0, FakeFramework::Version::k1_1}) {
         for (const auto& [proto, dstNat, update] : cases) {
             SCOPED_TRACE(update);
-            testsupport::recorded().clear();
+            testsupport::observed().clear();
             EXPECT_EQ(relay(connRecord(proto, dstNat), version), 0);
             EXPECT_EQ(updates(), Lines{update});
         }
@@ -89,9 +90,9 @@ TEST(ConnTimeoutUpdateTest, SlotsProtocolAndDestinationNat) {
 TEST(ConnTimeoutUpdateTest, PayloadOfTheWrongLengthIsRejected) {
     for (uint32_t len : {27u, 29u}) {
         SCOPED_TRACE(len);
-        testsupport::recorded().clear();
-        EXPECT_EQ(relay(connRecord(17, 0, len), Framework::Version::k1_1), -1);
-        EXPECT_EQ(logLines(),
+        testsupport::observed().clear();
+        EXPECT_EQ(relay(connRecord(17, 0, len), FakeFramework::Version::k1_1), -1);
+        EXPECT_EQ(logEntries(),
                   std::vector<LogLine>{error("a wrong format event for udp timeout update \n")});
         EXPECT_EQ(updates(), Lines{});
     }
@@ -111,11 +112,11 @@ TEST(ConnTimeoutUpdateTest, AddressesAreLoggedOnDebugBuildsOnly) {
         for (uint8_t dstNat : {0, 1}) {
             SCOPED_TRACE(std::string(buildType ? buildType : "(unset)") + " nat " +
                          std::to_string(dstNat));
-            hostplatform::Properties::clear();
-            if (buildType != nullptr) hostplatform::Properties::set("ro.build.type", buildType);
-            testsupport::recorded().clear();
+            fakes::Properties::clear();
+            if (buildType != nullptr) fakes::Properties::set("ro.build.type", buildType);
+            testsupport::observed().clear();
             ASSERT_EQ(relay(connRecord(17, dstNat)), 0);
-            EXPECT_EQ(logLines(), debug ? (dstNat ? natted : plain) : std::vector<LogLine>{});
+            EXPECT_EQ(logEntries(), debug ? (dstNat ? natted : plain) : std::vector<LogLine>{});
         }
     }
 }
