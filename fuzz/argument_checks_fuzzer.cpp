@@ -32,7 +32,7 @@
 
 #include "fuzz/support/ByteReader.h"
 #include "fuzz/support/Finding.h"
-#include "fuzz/support/PlatformGlue.h"
+#include "fuzz/support/FuzzWorld.h"
 #include "fuzz/support/ReferenceChecks.h"
 #include "hal/TetherOffloadHal.h"
 
@@ -93,7 +93,7 @@ void checkSplit(const std::string& text) {
 
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
     fuzzsupport::keepReportChannel();
-    fuzzsupport::silenceLog();
+    fuzzsupport::prepareWorld();
     // The checks read no field; one object serves every input.
     gHal = new TetherOffloadHal();
     gHal->incStrong(nullptr);

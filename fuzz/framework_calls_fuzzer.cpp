@@ -50,27 +50,27 @@
 #include <vector>
 
 #include "datapath/OffloadEventHandle.h"
+#include "fakes/FakeAgent.h"
+#include "fakes/FakeFramework.h"
+#include "fakes/FakeVexaDevice.h"
+#include "fakes/StandardError.h"
 #include "fuzz/support/ByteReader.h"
 #include "fuzz/support/EventModel.h"
-#include "fuzz/support/FakeCallback.h"
-#include "fuzz/support/FakeModem.h"
 #include "fuzz/support/Finding.h"
-#include "fuzz/support/FuzzAgent.h"
-#include "fuzz/support/PlatformGlue.h"
+#include "fuzz/support/FuzzWorld.h"
 #include "fuzz/support/RequestCheck.h"
 #include "hal/TetherOffloadHal.h"
-#include "hostplatform/StandardError.h"
 
 using android::sp;
 using android::hardware::hidl_handle;
 using android::hardware::hidl_string;
 using android::hardware::hidl_vec;
 using android::hardware::Return;
-using fuzzsupport::CallbackLog;
+using fakes::FakeAgent;
+using fakes::FakeVexaDevice;
 using fuzzsupport::CallbackVersion;
-using fuzzsupport::FakeModem;
+using fuzzsupport::CrossingLog;
 using fuzzsupport::finding;
-using fuzzsupport::FuzzAgent;
 using vendor::tetheroffload::TetherOffloadHal;
 
 namespace {
@@ -116,16 +116,16 @@ struct World {
     uint64_t rx = 0;
     uint64_t tx = 0;
     uint32_t statsLen = 128;
-    FuzzAgent::Mode agent = FuzzAgent::Mode::kUp;
+    FakeAgent::Mode agent = FakeAgent::Mode::kUp;
     bool frameworkAlive = true;
     bool stderrClosed = false;
 
     void apply() const {
-        FakeModem::instance().setIoctlError(ioctlError);
-        FakeModem::instance().setStatsAnswer(rx, tx, statsLen);
-        FuzzAgent::setMode(agent);
-        CallbackLog::instance().setAlive(frameworkAlive);
-        hostplatform::StandardError::setClosed(stderrClosed);
+        FakeVexaDevice::instance().setIoctlError(ioctlError);
+        FakeVexaDevice::instance().setStatsAnswer(rx, tx, statsLen);
+        FakeAgent::setMode(agent);
+        fakes::FakeFramework::setAlive(frameworkAlive);
+        fakes::StandardError::setClosed(stderrClosed);
     }
 };
 
@@ -140,13 +140,12 @@ struct Offload {
 
 // What crossed the boundary during one call, in order.
 struct Observed {
-    std::mutex lock;
     std::vector<std::vector<uint8_t>> requests;
     std::vector<std::string> agentLines;
     std::vector<std::string> logLines;
 
     void clear() {
-        std::lock_guard<std::mutex> guard(lock);
+        CrossingLog::instance().take();
         requests.clear();
         agentLines.clear();
         logLines.clear();
@@ -154,6 +153,8 @@ struct Observed {
 };
 
 Observed gObserved;
+
+void collectCrossings();
 World gWorld;
 Offload gOffload;
 std::vector<std::string> gFreshProbe;
@@ -180,6 +181,7 @@ Reply statusCall(const char* op, Call call) {
     if (!ret.isOk()) finding(std::string(op) + " failed in transport");
     if (r.answers != 1)
         finding(std::string(op) + " answered " + std::to_string(r.answers) + " times");
+    collectCrossings();
     return r;
 }
 
@@ -193,6 +195,7 @@ Reply statsCall(TetherOffloadHal& hal, const hidl_string& upstream) {
     if (!ret.isOk()) finding("getForwardedStats failed in transport");
     if (r.answers != 1)
         finding("getForwardedStats answered " + std::to_string(r.answers) + " times");
+    collectCrossings();
     return r;
 }
 
@@ -323,9 +326,10 @@ void checkStats(const Reply& r) {
 
 void feedEvent(fuzzsupport::ByteReader& in) {
     const fuzzsupport::ModemRead read = fuzzsupport::takeModemRead(in);
-    FakeModem::instance().feed({read});
+    CrossingLog::instance().take();
+    fuzzsupport::feed({read});
     const CallbackVersion version = gOffload.initialised ? gOffload.version : CallbackVersion::kNone;
-    if (CallbackLog::instance().take() != fuzzsupport::expectedCallbacks(read, version)) {
+    if (CrossingLog::instance().take().callbacks != fuzzsupport::expectedCallbacks(read, version)) {
         finding("an event reached the framework other than the records say");
     }
 }
@@ -424,7 +428,7 @@ void runOp(TetherOffloadHal& hal, fuzzsupport::ByteReader& in) {
             gWorld.apply();
             break;
         case 13:
-            gWorld.agent = static_cast<FuzzAgent::Mode>(in.u8() % 3);
+            gWorld.agent = static_cast<FakeAgent::Mode>(in.u8() % 3);
             gWorld.apply();
             break;
         case 14:
@@ -453,7 +457,6 @@ std::string hex(const std::vector<uint8_t>& bytes) {
 void record(std::vector<std::string>* trace, const char* op, const Reply& r) {
     trace->push_back(std::string(op) + " -> " + (r.ok ? "true " : "false ") + r.msg + " " +
                      std::to_string(r.rx) + "/" + std::to_string(r.tx));
-    std::lock_guard<std::mutex> guard(gObserved.lock);
     for (const auto& q : gObserved.requests) trace->push_back("  request " + hex(q));
     for (const auto& a : gObserved.agentLines) trace->push_back("  agent " + a);
     for (const auto& l : gObserved.logLines) trace->push_back("  log " + l);
@@ -504,39 +507,36 @@ std::vector<std::string> probe(TetherOffloadHal& hal) {
     });
     step("stopOffload",
          [&] { return statusCall("stopOffload", [&](auto cb) { return hal.stopOffload(cb); }); });
-    CallbackLog::instance().take();
+    CrossingLog::instance().take();
     gWorld = saved;
     gWorld.apply();
     return trace;
 }
 
-void observeRequest(const std::vector<uint8_t>& request) {
-    const std::string problem = fuzzsupport::requestProblem(request);
-    if (!problem.empty()) finding("request " + hex(request) + ": " + problem);
-    std::lock_guard<std::mutex> guard(gObserved.lock);
-    gObserved.requests.push_back(request);
-}
-
-void observeAgentLine(const std::string& line) {
-    if (!fuzzsupport::isServiceCommand(line)) finding("agent line \"" + line + "\"");
-    std::lock_guard<std::mutex> guard(gObserved.lock);
-    gObserved.agentLines.push_back(line);
-}
-
-void observeLogLine(const char* message) {
-    std::lock_guard<std::mutex> guard(gObserved.lock);
-    gObserved.logLines.push_back(message);
+// Takes what crossed during a call: every request must be well formed and every agent line one
+// of the service's.
+void collectCrossings() {
+    fuzzsupport::Crossed crossed = CrossingLog::instance().take();
+    for (const auto& request : crossed.requests) {
+        const std::string problem = fuzzsupport::requestProblem(request);
+        if (!problem.empty()) finding("request " + hex(request) + ": " + problem);
+        gObserved.requests.push_back(request);
+    }
+    for (const std::string& line : crossed.agentLines) {
+        if (!fuzzsupport::isServiceCommand(line)) finding("agent line \"" + line + "\"");
+        gObserved.agentLines.push_back(line);
+    }
+    for (const auto& log : crossed.logs) gObserved.logLines.push_back(log.second);
 }
 
 }  // namespace
 
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
     fuzzsupport::keepReportChannel();
-    fuzzsupport::silenceLog(observeLogLine);
+    fuzzsupport::prepareWorld();
     gDevNull = open("/dev/null", O_RDWR | O_CLOEXEC);
-    FakeModem::instance().setRequestObserver(observeRequest);
-    FuzzAgent::setObserver(observeAgentLine);
-    if (OffloadEventHandle::createEventThread() != 0 || !FakeModem::instance().waitReaderBlocked()) {
+    if (OffloadEventHandle::createEventThread() != 0 ||
+        !FakeVexaDevice::instance().waitReaderBlocked()) {
         finding("the event thread did not start reading the device");
     }
     sp<TetherOffloadHal> fresh = new TetherOffloadHal();
@@ -548,7 +548,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     gWorld = World();
     gWorld.apply();
     gOffload = Offload();
-    CallbackLog::instance().take();
+    CrossingLog::instance().take();
 
     sp<TetherOffloadHal> hal = new TetherOffloadHal();
     fuzzsupport::ByteReader in(data, size);
@@ -558,6 +558,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     gWorld = World();
     gWorld.apply();
     hal->stopOffload([](bool, const hidl_string&) {});
-    CallbackLog::instance().take();
+    CrossingLog::instance().take();
     return 0;
 }

@@ -33,17 +33,17 @@
 #include <vector>
 
 #include "datapath/OffloadEventHandle.h"
+#include "fakes/FakeFramework.h"
+#include "fakes/FakeVexaDevice.h"
+#include "fakes/Properties.h"
 #include "fuzz/support/ByteReader.h"
 #include "fuzz/support/EventModel.h"
-#include "fuzz/support/FakeCallback.h"
-#include "fuzz/support/FakeModem.h"
 #include "fuzz/support/Finding.h"
-#include "fuzz/support/PlatformGlue.h"
+#include "fuzz/support/FuzzWorld.h"
 #include "timeout/ConnTimeoutUpdate.h"
 
-using fuzzsupport::CallbackLog;
 using fuzzsupport::CallbackVersion;
-using fuzzsupport::FakeModem;
+using fuzzsupport::CrossingLog;
 using fuzzsupport::ModemRead;
 
 namespace {
@@ -75,7 +75,7 @@ void check(const std::vector<ModemRead>& reads, CallbackVersion version) {
             expected.push_back(std::move(e));
         }
     }
-    const std::vector<std::string> heard = CallbackLog::instance().take();
+    const std::vector<std::string> heard = CrossingLog::instance().take().callbacks;
     std::string why;
     for (const std::string& entry : heard) {
         if (!fuzzsupport::definedByFramework(entry, version, &why)) {
@@ -92,9 +92,10 @@ void check(const std::vector<ModemRead>& reads, CallbackVersion version) {
 
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
     fuzzsupport::keepReportChannel();
-    fuzzsupport::silenceLog();
+    fuzzsupport::prepareWorld();
     // Opens the fake device and starts the one event thread of the process.
-    if (OffloadEventHandle::createEventThread() != 0 || !FakeModem::instance().waitReaderBlocked()) {
+    if (OffloadEventHandle::createEventThread() != 0 ||
+        !fakes::FakeVexaDevice::instance().waitReaderBlocked()) {
         fuzzsupport::finding("the event thread did not start reading the device");
     }
     return 0;
@@ -104,16 +105,19 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     fuzzsupport::ByteReader in(data, size);
     const uint8_t setup = in.u8();
     const auto version = static_cast<CallbackVersion>(setup % 3);
-    CallbackLog::instance().setAlive((setup / 3) % 2 == 0);
-    fuzzsupport::setBuildType((setup / 6) % 2 == 0 ? "user" : "userdebug");
+    fakes::Properties::set("ro.build.type", (setup / 6) % 2 == 0 ? "user" : "userdebug");
 
     std::vector<ModemRead> reads;
     while (!in.empty() && reads.size() < kMaxReads) reads.push_back(fuzzsupport::takeModemRead(in));
 
     OffloadEventHandle* handle = OffloadEventHandle::getInstance();
+    // Made while the framework lives, as initOffload made it; the framework may die after.
+    fakes::FakeFramework::setAlive(true);
     ConnTimeoutUpdate* relay = makeRelay(version);
+    fakes::FakeFramework::setAlive((setup / 3) % 2 == 0);
     if (relay != nullptr) handle->registerTimeoutCallback(relay);
-    FakeModem::instance().feed(reads);
+    CrossingLog::instance().take();
+    fuzzsupport::feed(reads);
     handle->unregisterTimeoutCallback(relay);
     delete relay;
 

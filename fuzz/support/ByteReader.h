@@ -23,8 +23,7 @@
 #include <stdint.h>
 
 #include <string>
-
-#include "fuzz/support/FakeModem.h"
+#include <vector>
 
 namespace fuzzsupport {
 
@@ -45,6 +44,12 @@ private:
     const uint8_t* mData;
     size_t mSize;
     size_t mPos = 0;
+};
+
+// One read() on the device: the bytes it returns (their count is its result), or a failure.
+struct ModemRead {
+    std::vector<uint8_t> bytes;
+    int errnum = 0;  // non-zero: read() fails with this errno
 };
 
 // One read() of the device: a 16-bit word, then the bytes. A word from 0xF000 up is a failed read

@@ -25,15 +25,18 @@
 #include <string>
 #include <vector>
 
-#include "fuzz/support/FakeCallback.h"
-#include "fuzz/support/FakeModem.h"
+#include "fuzz/support/ByteReader.h"
 
 namespace fuzzsupport {
 
-// In the words of CallbackLog. `version` is that of the registered relay, kNone when none is.
+enum class CallbackVersion { kNone, k1_0, k1_1 };
+
+// What the framework heard, in words: "onEvent 1", "onEvent_1_1 6",
+// "updateTimeout 192.168.43.2:80 8.8.8.8:53 17". `version` is that of the registered relay,
+// kNone when none is.
 std::vector<std::string> expectedCallbacks(const ModemRead& read, CallbackVersion version);
 
-// False with a reason when an entry of CallbackLog carries a value the framework does not define
+// False with a reason when an entry carries a value the framework does not define
 // for that call and callback version.
 bool definedByFramework(const std::string& entry, CallbackVersion version, std::string* why);
 

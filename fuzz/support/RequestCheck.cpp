@@ -86,4 +86,19 @@ std::string requestProblem(const std::vector<uint8_t>& b) {
     return "";
 }
 
+bool isServiceCommand(const std::string& line) {
+    static const char* const kLines[] = {
+            "plexd bridge clear mac mdbr0 ",
+            "plexd bridge addif mdbr0 rndis0 ",
+            "plexd bridge addif mdbr0 wanif-lan ",
+            "plexd interface setcfg wanif-lan 0.0.0.0 0 up ",
+            "plexd interface setcfg rndis0 0.0.0.0 0 up ",
+            "plexd bridge delif mdbr0 wanif-lan ",
+    };
+    for (const char* l : kLines) {
+        if (line == l) return true;
+    }
+    return false;
+}
+
 }  // namespace fuzzsupport

@@ -34,4 +34,8 @@ std::string requestProblem(const std::vector<uint8_t>& request);
 uint32_t requestMsg(const std::vector<uint8_t>& request);
 uint32_t requestApp(const std::vector<uint8_t>& request);
 
+// Whether a line handed to the network agent is one of the service's six command lines, each
+// with the blank the channel appends.
+bool isServiceCommand(const std::string& line);
+
 }  // namespace fuzzsupport
