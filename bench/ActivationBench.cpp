@@ -17,17 +17,17 @@
 #include "ActivationBench.h"
 
 #include <benchmark/benchmark.h>
-#include <hostplatform/StandardError.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
 
 #include "BenchWorld.h"
+#include "fakes/StandardError.h"
 
 using android::hardware::hidl_string;
 using android::hardware::hidl_vec;
-using hostplatform::StandardError;
+using fakes::StandardError;
 using vendor::tetheroffload::TetherOffloadHal;
 using Clock = std::chrono::steady_clock;
 

@@ -17,34 +17,28 @@
 #include "BenchWorld.h"
 
 #include <android/log.h>
-#include <hostplatform/ModemEmulator.h>
-#include <hostplatform/ProcFiles.h>
-#include <hostplatform/Properties.h>
 #include <string.h>
 
 #include "datapath/OffloadEventHandle.h"
 #include "datapath/vexa_protocol.h"
+#include "fakes/ConntrackFiles.h"
+#include "fakes/FakeVexaDevice.h"
+#include "fakes/Properties.h"
 #include "timeout/ConnTimeoutUpdate.h"
 
 using android::hardware::hidl_string;
 using android::hardware::Void;
-using hostplatform::ModemEmulator;
-using hostplatform::ProcFiles;
+using fakes::ConntrackFiles;
+using fakes::FakeVexaDevice;
 namespace V1_0 = android::hardware::tetheroffload::control::V1_0;
 namespace V1_1 = android::hardware::tetheroffload::control::V1_1;
 
 namespace bench {
-namespace {
-
-void dropLine(const struct __android_logger_data*, const char*) {}
-
-}  // namespace
-
+// Nothing observes the fakes, so the log tap drops every line once liblog has formatted it.
 void prepareWorld() {
-    __android_log_set_logger(dropLine);
-    ProcFiles::instance().setContent(ProcFiles::Proto::kTcp, "432000\n");
-    ProcFiles::instance().setContent(ProcFiles::Proto::kUdp, "180\n");
-    hostplatform::Properties::clear();
+    ConntrackFiles::setContent(ConntrackFiles::Proto::kTcp, "432000\n");
+    ConntrackFiles::setContent(ConntrackFiles::Proto::kUdp, "180\n");
+    fakes::Properties::clear();
 }
 
 ParkingCallback::Return ParkingCallback::onEvent(V1_0::OffloadCallbackEvent) {
@@ -94,7 +88,7 @@ double ParkingCallback::timedSeconds() const {
 bool ParkingCallback::park() {
     mParkWanted.store(true, std::memory_order_release);
     const Bytes started = statusRecord(VEXA_STARTED);
-    ModemEmulator::instance().queueEvent(started, started.size());
+    FakeVexaDevice::instance().queueRecord(started, started.size());
     std::unique_lock<std::mutex> lock(mLock);
     return mChanged.wait_for(lock, std::chrono::seconds(10), [&] { return mParked; });
 }
@@ -105,7 +99,7 @@ void ParkingCallback::release() {
         mParkWanted.store(false, std::memory_order_release);
     }
     mChanged.notify_all();
-    ModemEmulator::instance().waitQueueDrained();
+    FakeVexaDevice::instance().waitUntilDrained();
 }
 
 Service& Service::instance() {
@@ -115,7 +109,7 @@ Service& Service::instance() {
         created->callback = new ParkingCallback();
         created->hal->initOffload(created->callback, [](bool, const hidl_string&) {});
         (void)OffloadEventHandle::createEventThread();
-        ModemEmulator::instance().waitReaderBlocked();
+        FakeVexaDevice::instance().waitReaderBlocked();
         return created;
     }();
     return *service;

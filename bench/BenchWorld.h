@@ -35,8 +35,8 @@ namespace bench {
 
 using Bytes = std::vector<uint8_t>;
 
-// liblog hands every line to a logger that drops it: the service's own work is measured, not the
-// log's. Conntrack timeouts are fixed and no property is set.
+// liblog's lines are formatted and dropped: nothing observes them. Conntrack timeouts are fixed
+// and no property is set.
 void prepareWorld();
 
 // A 1.1 framework callback that does nothing. Once park() is asked for, the next event holds

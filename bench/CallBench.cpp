@@ -19,7 +19,6 @@
 #include <benchmark/benchmark.h>
 #include <cutils/native_handle.h>
 #include <fcntl.h>
-#include <hostplatform/ModemEmulator.h>
 #include <sys/ioctl.h>
 
 #include <algorithm>
@@ -30,6 +29,7 @@
 
 #include "BenchWorld.h"
 #include "datapath/vexa_protocol.h"
+#include "fakes/FakeVexaDevice.h"
 
 using android::hardware::hidl_handle;
 using android::hardware::hidl_string;
@@ -106,7 +106,7 @@ std::vector<CallCase> callCases() {
 // One emulated device request: what each call pays at least once for the modem.
 void deviceRequest() {
     vexa_common_hdr_t enable = {VEXA_MCODE, VEXA_REQ_STATUS, VEXA_APP_TYPE_ALL, VEXA_CMSG_ENABLE, 0};
-    ioctl(hostplatform::ModemEmulator::instance().deviceFd(), VEXA_IOCTL_REQUEST, &enable);
+    ioctl(fakes::FakeVexaDevice::instance().deviceFd(), VEXA_IOCTL_REQUEST, &enable);
 }
 
 template <typename F>

@@ -19,7 +19,7 @@
 #include <android/hardware/tetheroffload/control/1.0/types.h>
 #include <android/log.h>
 #include <benchmark/benchmark.h>
-#include <hostplatform/ModemEmulator.h>
+#include <sys/socket.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -30,38 +30,67 @@
 #include "AllocationCounter.h"
 #include "BenchWorld.h"
 #include "datapath/vexa_protocol.h"
+#include "fakes/FakeVexaDevice.h"
 
-using hostplatform::ModemEmulator;
+using fakes::FakeVexaDevice;
 using Clock = std::chrono::steady_clock;
 
 namespace bench {
 namespace {
 
-constexpr size_t kBatch = ModemEmulator::kQueueCapacity;  // records a batch, queued at once
+constexpr int kSendBuffer = 4 << 20;  // as much as the kernel grants, as the fake asks
 
 double secondsBetween(Clock::time_point from, Clock::time_point to) {
     return std::chrono::duration<double>(to - from).count();
 }
 
-// False when the queue was not empty: the batch would not be whole.
-bool queueBatch(const Bytes& record) {
-    return ModemEmulator::instance().queueEvents(record, record.size(), kBatch) == kBatch;
+// A pair of sockets like the fake device's: records keep their bounds, each read takes one.
+class RecordSocket {
+public:
+    RecordSocket() {
+        if (socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, mEnds) != 0) return;
+        setsockopt(mEnds[1], SOL_SOCKET, SO_SNDBUF, &kSendBuffer, sizeof(kSendBuffer));
+    }
+    ~RecordSocket() {
+        close(mEnds[0]);
+        close(mEnds[1]);
+    }
+    RecordSocket(const RecordSocket&) = delete;
+    RecordSocket& operator=(const RecordSocket&) = delete;
+
+    // Writes as many copies as fit, at most `limit`; returns how many.
+    size_t fill(const Bytes& record, size_t limit) {
+        size_t written = 0;
+        while (written < limit && send(mEnds[1], record.data(), record.size(), MSG_DONTWAIT) >= 0) {
+            ++written;
+        }
+        return written;
+    }
+    int readEnd() const { return mEnds[0]; }
+
+private:
+    int mEnds[2] = {-1, -1};
+};
+
+// How many records of this size the device takes while its reader is held: a batch queued then
+// never waits for room.
+size_t batchSize(const Bytes& record) {
+    RecordSocket probe;
+    return std::min<size_t>(probe.fill(record, 4096) * 3 / 4, 1024);
 }
 
-// The bare loop: the queued batch read the way the event thread reads it, and nothing else, timed
-// from the end of the first read to the end of the last. The event thread must be held meanwhile.
-double bareBatch() {
-    Clock::time_point first, last;
-    std::thread reader([&] {
-        const int fd = ModemEmulator::instance().deviceFd();
-        uint8_t buf[ModemEmulator::kMaxRead];
-        benchmark::DoNotOptimize(read(fd, buf, sizeof(buf)));
-        first = Clock::now();
-        for (size_t i = 1; i < kBatch; ++i) benchmark::DoNotOptimize(read(fd, buf, sizeof(buf)));
-        last = Clock::now();
-    });
-    reader.join();
-    return secondsBetween(first, last);
+// The physical limit: read() of each record of the batch, timed from the end of the first read to
+// the end of the last.
+double bareBatch(const Bytes& record, size_t batch) {
+    RecordSocket socket;
+    if (socket.fill(record, batch) != batch) return 0;
+    uint8_t buf[FakeVexaDevice::kMaxRead];
+    benchmark::DoNotOptimize(read(socket.readEnd(), buf, sizeof(buf)));
+    const Clock::time_point first = Clock::now();
+    for (size_t i = 1; i < batch; ++i) {
+        benchmark::DoNotOptimize(read(socket.readEnd(), buf, sizeof(buf)));
+    }
+    return secondsBetween(first, Clock::now());
 }
 
 // What the two address strings of one NatTimeoutUpdate allocate: all a connection update may.
@@ -77,7 +106,7 @@ double natTimeoutUpdateAllocations() {
 }
 
 // The log lines unformatted: liblog drops them before it formats them, as it does below its
-// minimum priority. What is left is the service's own work and the emulated read.
+// minimum priority. What is left is the service's own work and the read.
 class UnformattedLines {
 public:
     UnformattedLines() : mPriority(__android_log_get_minimum_priority()) {
@@ -95,19 +124,24 @@ double median(std::vector<double> values) {
 }
 
 // Each iteration reads one batch with the bare loop while the event thread is held, then lets
-// the event thread go through the next one, timed by the callback from the first event's call
-// to the last one's. Allocations are counted meanwhile. The rates come from the median batch,
-// so that a batch cut off by another process does not count.
+// the event thread go through a batch queued on the device, timed by the callback from the
+// first event's call to the last one's. Allocations are counted meanwhile. The rates come from
+// the median batch, so that a batch cut off by another process does not count.
 void eventPath(benchmark::State& state, const Bytes& record) {
     ParkingCallback& callback = *Service::instance().callback;
+    const size_t batch = batchSize(record);
+    if (batch < 16) return state.SkipWithError("the kernel takes too few records at a time");
     std::vector<double> bareSeconds, eventSeconds;
     uint64_t allocations = 0;
     for (auto _ : state) {
         if (!callback.park()) return state.SkipWithError("the event thread does not read");
-        if (!queueBatch(record)) return state.SkipWithError("records left on the device");
-        bareSeconds.push_back(bareBatch());
-        if (!queueBatch(record)) return state.SkipWithError("records left on the device");
-        callback.timeNextCalls(kBatch);
+        bareSeconds.push_back(bareBatch(record, batch));
+        for (size_t i = 0; i < batch; ++i) {
+            if (!FakeVexaDevice::instance().queueRecord(record, record.size())) {
+                return state.SkipWithError("the device took no record");
+            }
+        }
+        callback.timeNextCalls(batch);
         const uint64_t before = allocationCount();
         callback.release();
         allocations += allocationCount() - before;
@@ -115,12 +149,13 @@ void eventPath(benchmark::State& state, const Bytes& record) {
         state.SetIterationTime(eventSeconds.back());
     }
     // Each batch times the intervals between its records.
-    const double intervals = kBatch - 1;
+    const double intervals = static_cast<double>(batch - 1);
     state.counters["rate"] = intervals / median(eventSeconds);
     state.counters["bare_rate"] = intervals / median(bareSeconds);
     state.counters["ratio"] = median(bareSeconds) / median(eventSeconds);
     state.counters["allocs_per_event"] =
-            static_cast<double>(allocations) / (state.iterations() * kBatch);
+            static_cast<double>(allocations) / (state.iterations() * batch);
+    state.counters["batch"] = static_cast<double>(batch);
     state.counters["allocs_baseline"] =
             record.size() == sizeof(vexa_common_hdr_t) ? 0.0 : natTimeoutUpdateAllocations();
 }

@@ -14,10 +14,11 @@
  * limitations under the License.
  */
 
-// The event path: the real event thread draining records queued on the emulated device, against
-// a bare loop that only reads the same queue. Both are measured in every iteration, one batch
-// each, so that their ratio holds on a machine whose load changes. A third figure shows status
-// events with the log lines left unformatted: what bounds the first.
+// The event path: the real event thread draining a batch of records written into the fake
+// "/dev/vexa", whose reads are the kernel's, against the physical limit: a bare loop of read()
+// calls taking the same batch from a socket of the same kind. Both are measured in every
+// iteration, so that their ratio holds on a machine whose load changes. A third figure shows
+// status events with the log lines left unformatted.
 
 #pragma once
 
