@@ -25,7 +25,7 @@
 namespace bench {
 namespace {
 
-constexpr double kNaN = std::nan("");
+const double kNaN = std::nan("");
 
 const char* verdict(bool met) {
     return met ? "met" : "MISSED";
