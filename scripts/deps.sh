@@ -1,6 +1,6 @@
 # Sourced by the scripts: installs the Debian packages the build needs that this machine lacks.
 TETHEROFFLOAD_PACKAGES=(
-    cmake g++ make clang-format clang libclang-rt-dev hidl-gen
+    cmake g++ make clang-format clang libclang-rt-dev hidl-gen blueprint-tools
     libgtest-dev libgmock-dev
     android-liblog-dev android-libutils-dev android-libcutils-dev
     nlohmann-json3-dev libedit-dev
