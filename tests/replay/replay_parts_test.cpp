@@ -25,6 +25,7 @@
 #include <vector>
 
 #include "FormatPattern.h"
+#include "LogInput.h"
 #include "LogcatLine.h"
 #include "ServiceLog.h"
 #include "ServiceMessages.h"
@@ -163,31 +164,58 @@ std::string at(int pid, int tid, const std::string& tag, const std::string& mess
            ": " + message + "\n";
 }
 
-TEST(ServiceLogTest, KeepsOneProcessOfTheTagAndCountsOrNotesTheRest) {
-    const std::string input = "--------- beginning of main\n" + at(10, 10, "vold", "mounted") +
-                              at(20, 20, kServiceTag, "stopOffload ") +
-                              at(30, 30, kServiceTag, "stopOffload ") + "\r\n" +
-                              "not a log line\r\n" + at(20, 21, kServiceTag, "a later line");
-    ReadResult first = readServiceLog(input, std::nullopt);
-    ASSERT_EQ("", first.error);
-    EXPECT_EQ(20, first.log.pid);
-    ASSERT_EQ(2u, first.log.lines.size());
-    EXPECT_EQ(3, first.log.lines[0].lineNo);
-    EXPECT_TRUE(first.log.lines[0].message);
-    EXPECT_EQ("a later line", first.log.lines[1].text);
-    EXPECT_FALSE(first.log.lines[1].message);
-    ASSERT_EQ(1u, first.log.unreadable.size());
-    EXPECT_EQ(6, first.log.unreadable[0].lineNo);
-    EXPECT_EQ("not a log line", first.log.unreadable[0].text);
-    EXPECT_EQ(1u, first.log.otherTagLines);
-    EXPECT_EQ(1u, first.log.banners);
-    EXPECT_EQ((std::map<int, size_t>{{30, 1}}), first.log.otherProcesses);
+// What the reader keeps of a text, read as the tool reads it.
+struct Kept : LineSink {
+    std::vector<ServiceLine> lines;
+    std::vector<Note> notes;
+    LogCounts counts;
+    void serviceLine(ServiceLine line) override { lines.push_back(std::move(line)); }
+    void note(Note note) override { notes.push_back(std::move(note)); }
+};
 
-    ReadResult chosen = readServiceLog(input, 30);
-    EXPECT_EQ(30, chosen.log.pid);
-    ASSERT_EQ(1u, chosen.log.lines.size());
-    EXPECT_EQ(4, chosen.log.lines[0].lineNo);
-    EXPECT_EQ(0u, readServiceLog(input, 99).log.lines.size());
+Kept read(const std::string& text, std::optional<int> pid = std::nullopt) {
+    Kept kept;
+    LogInput input;
+    EXPECT_TRUE(input.open(textSource(text), "test.log")) << input.error();
+    ServiceLogReader reader(pid, &kept);
+    InputLine line;
+    while (input.next(&line)) reader.take(line);
+    EXPECT_EQ("", input.error());
+    reader.finish();
+    kept.counts = reader.counts();
+    return kept;
+}
+
+TEST(ServiceLogTest, KeepsOneProcessOfTheTagAndCountsOrNotesTheRest) {
+    const std::string input =
+            "--------- beginning of main\n" + at(10, 10, "vold", "mounted") +
+            at(20, 20, kServiceTag, "stopOffload ") + at(30, 30, kServiceTag, "stopOffload ") +
+            "\r\n" + "not a log line\r\n" + at(20, 21, kServiceTag, "a later line") +
+            at(20, 20, "chatty", "uid=1000(system) /vendor/bin/hw/x identical 3 lines") +
+            at(30, 30, "chatty", "uid=1000(system) /vendor/bin/hw/x identical 2 lines");
+    Kept first = read(input);
+    EXPECT_EQ(20, first.counts.pid);
+    ASSERT_EQ(2u, first.lines.size());
+    EXPECT_EQ(3, first.lines[0].lineNo);
+    EXPECT_TRUE(first.lines[0].message);
+    EXPECT_EQ("a later line", first.lines[1].text);
+    EXPECT_FALSE(first.lines[1].message);
+    ASSERT_EQ(2u, first.notes.size());
+    EXPECT_EQ(6, first.notes[0].lineNo);
+    EXPECT_EQ("not a log line: \"not a log line\"", first.notes[0].text);
+    // The chatty line of the process is placed; the other process's is another tag's.
+    EXPECT_EQ(8, first.notes[1].lineNo);
+    EXPECT_NE(std::string::npos, first.notes[1].text.find("identical 3 lines"))
+            << first.notes[1].text;
+    EXPECT_EQ(2u, first.counts.otherTagLines);
+    EXPECT_EQ(1u, first.counts.banners);
+    EXPECT_EQ((std::map<int, size_t>{{30, 1}}), first.counts.otherProcesses);
+
+    Kept chosen = read(input, 30);
+    EXPECT_EQ(30, chosen.counts.pid);
+    ASSERT_EQ(1u, chosen.lines.size());
+    EXPECT_EQ(4, chosen.lines[0].lineNo);
+    EXPECT_EQ(0u, read(input, 99).lines.size());
 }
 
 TEST(ServiceLogTest, PutsAMessageThatLogcatSplitBackTogether) {
@@ -203,7 +231,7 @@ TEST(ServiceLogTest, PutsAMessageThatLogcatSplitBackTogether) {
             at(20, 20, kServiceTag, "No de-active vexa") +
             // Another thread's line does not continue this one.
             at(20, 20, kServiceTag, "checkInterface in: a") + at(20, 21, kServiceTag, "b");
-    const ServiceLog log = readServiceLog(input, std::nullopt).log;
+    const Kept log = read(input);
     std::vector<std::string> texts;
     for (const ServiceLine& line : log.lines) texts.push_back(line.text);
     EXPECT_EQ((std::vector<std::string>{
@@ -217,13 +245,63 @@ TEST(ServiceLogTest, PutsAMessageThatLogcatSplitBackTogether) {
               log.lines[0].message->fields);
 }
 
-TEST(ServiceLogTest, RefusesWhatIsNoLog) {
-    EXPECT_EQ("it is empty", readServiceLog("", std::nullopt).error);
-    EXPECT_EQ("it holds binary data (a NUL byte at offset 3)",
-              readServiceLog(std::string("I/T\0(1): x\n", 11), std::nullopt).error);
-    EXPECT_EQ("no line of it is a logcat line (threadtime or brief format)",
-              readServiceLog("hello\nworld\n", std::nullopt).error);
-    EXPECT_EQ("", readServiceLog("hello\n" + at(1, 1, "vold", "x"), std::nullopt).error);
+TEST(LogInputTest, ReadsBoundedLinesOfUtf16AndOfABugReportsSystemLog) {
+    // UTF-16 as a Windows shell writes it, with and without a byte-order mark.
+    const std::string text = at(20, 20, kServiceTag, "checkInterface in: wl\xc3\xa4n0");
+    for (bool bigEndian : {false, true}) {
+        for (bool mark : {false, true}) {
+            std::string utf16 = mark ? (bigEndian ? "\xfe\xff" : "\xff\xfe") : "";
+            for (char c : std::string(text.begin(), text.end() - 1)) {
+                if (static_cast<unsigned char>(c) == 0xc3) continue;
+                const char unit = static_cast<unsigned char>(c) == 0xa4 ? '\xe4' : c;
+                utf16 += bigEndian ? std::string{'\0', unit} : std::string{unit, '\0'};
+            }
+            const Kept kept = read(utf16);
+            ASSERT_EQ(1u, kept.lines.size()) << bigEndian << mark;
+            EXPECT_EQ("checkInterface in: wl\xc3\xa4n0", kept.lines[0].text);
+        }
+    }
+
+    const std::string bugReport =
+            "========================================================\n"
+            "== dumpstate: 2026-11-23 13:40:00\n" +
+            at(1, 1, kServiceTag, "not in the section") +
+            "------ SYSTEM LOG (logcat -v threadtime -v printable -v uid -d *:v) ------\n"
+            "11-23 13:35:40.622  root  16576 16576 I TetherOffload: checkInterface in: "
+            "a\\\\b\\x09c\n"
+            "------ 0.214s was the duration of 'SYSTEM LOG' ------\n" +
+            at(1, 1, kServiceTag, "not in the section either");
+    LogInput input;
+    ASSERT_TRUE(input.open(textSource(bugReport), "bugreport.txt"));
+    InputLine line;
+    ASSERT_TRUE(input.next(&line));
+    EXPECT_EQ(5, line.lineNo);
+    EXPECT_TRUE(line.printable);
+    EXPECT_FALSE(input.next(&line));
+    EXPECT_EQ("bugreport.txt (SYSTEM LOG)", input.origin());
+    const Kept kept = read(bugReport);
+    ASSERT_EQ(1u, kept.lines.size());
+    EXPECT_EQ(16576, kept.counts.pid);
+    EXPECT_EQ("checkInterface in: a\\b\tc", kept.lines[0].text);
+
+    // A line past the bound is kept only in part, and the next line is whole.
+    const std::string huge = at(20, 20, kServiceTag, std::string(3 * kMaxLineBytes, 'x')) + text;
+    ASSERT_TRUE(input.open(textSource(huge), "huge.log"));
+    ASSERT_TRUE(input.next(&line));
+    EXPECT_TRUE(line.tooLong());
+    EXPECT_EQ(kMaxLineBytes, line.text.size());
+    ASSERT_TRUE(input.next(&line));
+    EXPECT_EQ(text.substr(0, text.size() - 1), line.text);
+}
+
+TEST(LogInputTest, RefusesWhatIsNoLog) {
+    LogInput input;
+    InputLine line;
+    ASSERT_TRUE(input.open(textSource(""), "x"));
+    EXPECT_FALSE(input.next(&line));
+    EXPECT_EQ("x is not a log: it is empty", input.error());
+    EXPECT_FALSE(input.open(textSource(std::string("I/T\0(1): x\n", 11)), "x"));
+    EXPECT_EQ("x is not a log: it holds binary data (a NUL byte at offset 3)", input.error());
 }
 
 }  // namespace

@@ -24,9 +24,8 @@
 #include <string>
 #include <vector>
 
-#include "ScenarioBuilder.h"
+#include "Replay.h"
 #include "ScenarioParser.h"
-#include "ServiceLog.h"
 
 namespace hostreplay {
 namespace {
@@ -51,9 +50,13 @@ std::string serviceLog(const Lines& messages) {
 
 // The scenario's lines after its header.
 Lines replayed(const std::string& log) {
-    const ReadResult read = readServiceLog(log, std::nullopt);
-    EXPECT_EQ("", read.error);
-    const std::string scenario = buildScenario(read.log, "test.log");
+    LogInput input;
+    EXPECT_TRUE(input.open(textSource(log), "test.log"));
+    std::string scenario, message;
+    EXPECT_EQ(kReplayed, replayLog(
+                                 input, std::nullopt,
+                                 [&](const std::string& text) { scenario += text; }, &message));
+    EXPECT_EQ("", message);
     EXPECT_EQ("", hostrunner::parseScript(scenario, "replayed").error) << scenario;
     Lines out;
     size_t start = 0;
