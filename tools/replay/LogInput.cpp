@@ -17,6 +17,7 @@
 #include "LogInput.h"
 
 #include <fcntl.h>
+#include <iconv.h>
 #include <stdlib.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -185,24 +186,6 @@ std::optional<zip_uint64_t> mainEntry(zip_t* zip, std::string* why) {
 
 enum class Encoding { kUnknown, kUtf8, kUtf16Le, kUtf16Be };
 
-void appendUtf8(uint32_t cp, std::string* out) {
-    if (cp < 0x80) {
-        *out += static_cast<char>(cp);
-    } else if (cp < 0x800) {
-        *out += static_cast<char>(0xc0 | (cp >> 6));
-        *out += static_cast<char>(0x80 | (cp & 0x3f));
-    } else if (cp < 0x10000) {
-        *out += static_cast<char>(0xe0 | (cp >> 12));
-        *out += static_cast<char>(0x80 | ((cp >> 6) & 0x3f));
-        *out += static_cast<char>(0x80 | (cp & 0x3f));
-    } else {
-        *out += static_cast<char>(0xf0 | (cp >> 18));
-        *out += static_cast<char>(0x80 | ((cp >> 12) & 0x3f));
-        *out += static_cast<char>(0x80 | ((cp >> 6) & 0x3f));
-        *out += static_cast<char>(0x80 | (cp & 0x3f));
-    }
-}
-
 // What the first bytes tell: a byte-order mark, or text of which every other byte is NUL (ASCII
 // in UTF-16, as a Windows shell's redirection writes it). `skip`: the mark's length.
 Encoding detectEncoding(const char* data, size_t size, size_t* skip) {
@@ -246,8 +229,8 @@ struct LogInput::State {
     // Decoding.
     Encoding encoding = Encoding::kUnknown;  // kUnknown again for the second pass
     Encoding found = Encoding::kUnknown;
-    int oddByte = -1;    // a UTF-16 unit's first byte, its second in the next chunk
-    uint32_t high = 0;   // a high surrogate waiting for its low one
+    iconv_t utf16 = reinterpret_cast<iconv_t>(-1);  // to UTF-8, for a UTF-16 capture
+    std::string carry;   // the start of a character that the next chunk ends
     std::string buffer;  // decoded bytes
     size_t bufferPos = 0;
     size_t offset = 0;  // of the buffer's first byte in the decoded text
@@ -268,32 +251,40 @@ struct LogInput::State {
     }
     bool notALog(const std::string& why) { return fail(name + " is not a log: " + why); }
 
-    void transcode(const char* data, size_t size) {
-        for (size_t i = 0; i < size; ++i) {
-            const auto byte = static_cast<unsigned char>(data[i]);
-            if (oddByte < 0) {
-                oddByte = byte;
-                continue;
-            }
-            const uint32_t unit = encoding == Encoding::kUtf16Le
-                                          ? (byte << 8 | static_cast<uint32_t>(oddByte))
-                                          : (static_cast<uint32_t>(oddByte) << 8 | byte);
-            oddByte = -1;
-            if (high != 0) {
-                if (unit >= 0xdc00 && unit <= 0xdfff) {
-                    appendUtf8(0x10000 + ((high - 0xd800) << 10) + (unit - 0xdc00), &buffer);
-                    high = 0;
-                    continue;
-                }
-                appendUtf8(0xfffd, &buffer);
-                high = 0;
-            }
-            if (unit >= 0xd800 && unit <= 0xdbff) {
-                high = unit;
-            } else {
-                appendUtf8(unit >= 0xdc00 && unit <= 0xdfff ? 0xfffd : unit, &buffer);
-            }
+    ~State() { closeTranscoder(); }
+
+    void closeTranscoder() {
+        if (utf16 != reinterpret_cast<iconv_t>(-1)) iconv_close(utf16);
+        utf16 = reinterpret_cast<iconv_t>(-1);
+        carry.clear();
+    }
+
+    // UTF-16 to UTF-8 with glibc's iconv; a unit that is no character (a lone surrogate) becomes
+    // U+FFFD.
+    bool transcode(const char* data, size_t size) {
+        if (utf16 == reinterpret_cast<iconv_t>(-1)) {
+            utf16 = iconv_open("UTF-8", encoding == Encoding::kUtf16Le ? "UTF-16LE" : "UTF-16BE");
+            if (utf16 == reinterpret_cast<iconv_t>(-1))
+                return fail(name + ": cannot transcode UTF-16");
         }
+        carry.append(data, size);
+        char* in = carry.data();
+        size_t inLeft = carry.size();
+        char out[kChunk];
+        while (inLeft > 0) {
+            char* to = out;
+            size_t outLeft = sizeof(out);
+            const size_t done = iconv(utf16, &in, &inLeft, &to, &outLeft);
+            buffer.append(out, to - out);
+            if (done != static_cast<size_t>(-1) || errno == E2BIG) continue;
+            if (errno == EINVAL) break;  // the rest comes with the next chunk
+            buffer += "\xef\xbf\xbd";
+            const size_t skip = std::min<size_t>(2, inLeft);
+            in += skip;
+            inLeft -= skip;
+        }
+        carry.erase(0, carry.size() - inLeft);
+        return true;
     }
 
     // The next decoded bytes into `buffer`; false at the end or on an error.
@@ -314,7 +305,7 @@ struct LogInput::State {
             if (encoding == Encoding::kUtf8) {
                 buffer.assign(raw + skip, static_cast<size_t>(n) - skip);
             } else {
-                transcode(raw + skip, static_cast<size_t>(n) - skip);
+                if (!transcode(raw + skip, static_cast<size_t>(n) - skip)) return false;
             }
         }
         const size_t nul = buffer.find('\0');
@@ -379,8 +370,7 @@ struct LogInput::State {
 
     void reset() {
         encoding = Encoding::kUnknown;
-        oddByte = -1;
-        high = 0;
+        closeTranscoder();
         buffer.clear();
         bufferPos = 0;
         offset = 0;

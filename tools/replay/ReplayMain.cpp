@@ -20,6 +20,7 @@
 
 #include <stdio.h>
 
+#include <exception>
 #include <optional>
 #include <string>
 
