@@ -423,7 +423,8 @@ bool LogInput::open(const std::string& path) {
         s.bugReport = true;
         return true;
     }
-    return open(std::make_unique<FdSource>(fd), s.name);
+    const std::string name = s.name;  // open() starts a new state
+    return open(std::make_unique<FdSource>(fd), name);
 }
 
 bool LogInput::open(std::unique_ptr<ByteSource> bytes, const std::string& name) {

@@ -85,13 +85,19 @@ int main(int argc, char** argv) {
     hostreplay::LogInput input;
     std::string message;
     int status = hostreplay::kNotReplayed;
-    if (!input.open(args.path)) {
-        message = input.error();
-    } else {
-        status = hostreplay::replayLog(
-                input, args.pid,
-                [](const std::string& text) { fwrite(text.data(), 1, text.size(), stdout); },
-                &message);
+    try {
+        if (!input.open(args.path)) {
+            message = input.error();
+        } else {
+            status = hostreplay::replayLog(
+                    input, args.pid,
+                    [](const std::string& text) { fwrite(text.data(), 1, text.size(), stdout); },
+                    &message);
+        }
+    } catch (const std::exception& e) {
+        // Its memory does not grow with the log: this is a machine that has none left.
+        message = input.name() + ": the replay stopped: " + e.what();
+        status = hostreplay::kNotReplayed;
     }
     if (!message.empty()) fprintf(stderr, "tetheroffload-replay: %s\n", message.c_str());
     if (fflush(stdout) != 0) return 1;
