@@ -334,5 +334,27 @@ TEST(ReplayNotesTest, KeepsEveryLineItCannotPlaceAtItsPlace) {
               replayed(log));
 }
 
+TEST(ReplayNotesTest, ALineCutShortRebuildsItsCallOrNamesTheCallsItMayHaveBegun) {
+    Lines got = replayed(after(kInit, {"setDat", "setDataLimit (app: 255 ) ok ", "set",
+                                       "checkInterface in: x", "@handleEvent: reads",
+                                       "@ parsingEvent : recv a msg from MD: status:1 ,msg: 0"}));
+    got.erase(got.begin());  // initOffload
+    EXPECT_EQ(
+            (Lines{
+                    "setDataLimit wanif0 0  # log line 6 was cut short: \"setDat\"; the upstream "
+                    "is not in the log; the limit is not logged",
+                    "# log line 8: cut short: I \"set\": the call it began (setHandles, "
+                    "setLocalPrefixes, setDataLimit, setDataWarningAndLimit, "
+                    "setUpstreamParameters) "
+                    "is lost, with the line after it; the steps after it may take another path, "
+                    "as the service's state may differ",
+                    "# log line 10: cut short, its rest lost (it began \"handleEvent: readsize %d "
+                    "\"); the lines after it may show another path: I \"handleEvent: reads\"",
+                    "# log line 11: part of an event whose read is not in the log: I \" "
+                    "parsingEvent : recv a msg from MD: status:1 ,msg: 0\"",
+            }),
+            got);
+}
+
 }  // namespace
 }  // namespace hostreplay

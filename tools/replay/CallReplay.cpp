@@ -258,11 +258,15 @@ std::optional<ServiceMessage> rebuiltFirstLine(const Lines& lines, Step* step) {
             if (names.find(name) == std::string::npos) names += (names.empty() ? "" : ", ") + name;
         }
         step->notes.push_back(Note{
-                cut.lineNo, "cut short: " + std::string(1, cut.level) + " " +
-                                    quotedForComment(cut.text) + ": the call it began (" + names +
-                                    ") is lost, with the " + std::to_string(lines.size() - 1) +
-                                    " lines after it; the steps after it may take another path, "
-                                    "as the service's state may differ"});
+                cut.lineNo,
+                "cut short: " + std::string(1, cut.level) + " " + quotedForComment(cut.text) +
+                        ": the call it began (" + names + ") is lost" +
+                        (lines.size() == 1   ? ""
+                         : lines.size() == 2 ? ", with the line after it"
+                                             : ", with the " + std::to_string(lines.size() - 1) +
+                                                       " lines after it") +
+                        "; the steps after it may take another path, as the "
+                        "service's state may differ"});
         return std::nullopt;
     }
     ServiceMessage first{calls.front(), {}};
