@@ -15,8 +15,9 @@
  */
 
 // The pieces of tetheroffload-replay below the scenario: printf formats matched against logged
-// text, logcat lines in both formats, the service's messages told apart, and the selection of
-// one process's lines with messages that logcat split over several lines put back together.
+// text, logcat lines in both formats, the service's messages told apart, the selection of one
+// process's lines, and UTF-16 read. (Messages that logcat split over several lines are put back
+// together in the round trip of tests/scenarios/replay/names.scenario.)
 
 #include <gtest/gtest.h>
 
@@ -218,35 +219,8 @@ TEST(ServiceLogTest, KeepsOneProcessOfTheTagAndCountsOrNotesTheRest) {
     EXPECT_EQ(0u, read(input, 99).lines.size());
 }
 
-TEST(ServiceLogTest, PutsAMessageThatLogcatSplitBackTogether) {
-    // addDownstream with the name "mdbr\n0": three messages of two lines each.
-    const std::string input =
-            at(20, 20, kServiceTag, "addDownstream iface:mdbr") +
-            at(20, 20, kServiceTag, "0 prefix:192.168.42.0/24") +
-            at(20, 20, kServiceTag, "checkInterface in: mdbr") + at(20, 20, kServiceTag, "0") +
-            at(20, 20, kServiceTag, "addDownstream(down-if:mdbr") +
-            at(20, 20, kServiceTag, "0; up-if:)") +
-            // Same header, each a message of its own.
-            at(20, 20, kServiceTag, "No actived offload") +
-            at(20, 20, kServiceTag, "No de-active vexa") +
-            // Another thread's line does not continue this one.
-            at(20, 20, kServiceTag, "checkInterface in: a") + at(20, 21, kServiceTag, "b");
-    const Kept log = read(input);
-    std::vector<std::string> texts;
-    for (const ServiceLine& line : log.lines) texts.push_back(line.text);
-    EXPECT_EQ((std::vector<std::string>{
-                      "addDownstream iface:mdbr\n0 prefix:192.168.42.0/24",
-                      "checkInterface in: mdbr\n0", "addDownstream(down-if:mdbr\n0; up-if:)",
-                      "No actived offload", "No de-active vexa", "checkInterface in: a", "b"}),
-              texts);
-    EXPECT_EQ(3, log.lines[1].lineNo);
-    ASSERT_TRUE(log.lines[0].message);
-    EXPECT_EQ((std::vector<std::string>{"mdbr\n0", "192.168.42.0/24"}),
-              log.lines[0].message->fields);
-}
-
-TEST(LogInputTest, ReadsBoundedLinesOfUtf16AndOfABugReportsSystemLog) {
-    // UTF-16 as a Windows shell writes it, with and without a byte-order mark.
+// The bug report's section and a line past the bound are with the command line's tests.
+TEST(LogInputTest, ReadsUtf16WithOrWithoutAByteOrderMark) {
     const std::string text = at(20, 20, kServiceTag, "checkInterface in: wl\xc3\xa4n0");
     for (bool bigEndian : {false, true}) {
         for (bool mark : {false, true}) {
@@ -261,47 +235,6 @@ TEST(LogInputTest, ReadsBoundedLinesOfUtf16AndOfABugReportsSystemLog) {
             EXPECT_EQ("checkInterface in: wl\xc3\xa4n0", kept.lines[0].text);
         }
     }
-
-    const std::string bugReport =
-            "========================================================\n"
-            "== dumpstate: 2026-11-23 13:40:00\n" +
-            at(1, 1, kServiceTag, "not in the section") +
-            "------ SYSTEM LOG (logcat -v threadtime -v printable -v uid -d *:v) ------\n"
-            "11-23 13:35:40.622  root  16576 16576 I TetherOffload: checkInterface in: "
-            "a\\\\b\\x09c\n"
-            "------ 0.214s was the duration of 'SYSTEM LOG' ------\n" +
-            at(1, 1, kServiceTag, "not in the section either");
-    LogInput input;
-    ASSERT_TRUE(input.open(textSource(bugReport), "bugreport.txt"));
-    InputLine line;
-    ASSERT_TRUE(input.next(&line));
-    EXPECT_EQ(5, line.lineNo);
-    EXPECT_TRUE(line.printable);
-    EXPECT_FALSE(input.next(&line));
-    EXPECT_EQ("bugreport.txt (SYSTEM LOG)", input.origin());
-    const Kept kept = read(bugReport);
-    ASSERT_EQ(1u, kept.lines.size());
-    EXPECT_EQ(16576, kept.counts.pid);
-    EXPECT_EQ("checkInterface in: a\\b\tc", kept.lines[0].text);
-
-    // A line past the bound is kept only in part, and the next line is whole.
-    const std::string huge = at(20, 20, kServiceTag, std::string(3 * kMaxLineBytes, 'x')) + text;
-    ASSERT_TRUE(input.open(textSource(huge), "huge.log"));
-    ASSERT_TRUE(input.next(&line));
-    EXPECT_TRUE(line.tooLong());
-    EXPECT_EQ(kMaxLineBytes, line.text.size());
-    ASSERT_TRUE(input.next(&line));
-    EXPECT_EQ(text.substr(0, text.size() - 1), line.text);
-}
-
-TEST(LogInputTest, RefusesWhatIsNoLog) {
-    LogInput input;
-    InputLine line;
-    ASSERT_TRUE(input.open(textSource(""), "x"));
-    EXPECT_FALSE(input.next(&line));
-    EXPECT_EQ("x is not a log: it is empty", input.error());
-    EXPECT_FALSE(input.open(textSource(std::string("I/T\0(1): x\n", 11)), "x"));
-    EXPECT_EQ("x is not a log: it holds binary data (a NUL byte at offset 3)", input.error());
 }
 
 }  // namespace

@@ -30,10 +30,11 @@ namespace hostreplay {
 namespace {
 
 // Bounds on what is held between lines: a call or pass longer than this is a log gone wrong,
-// and a call still open after this many later ones has ended long ago (a call that logs no last
-// line of its own stays open until the next one begins).
+// and a call still open after this many later ones or notes has ended long ago (a call that logs
+// no last line of its own stays open until the next one begins).
 constexpr size_t kMaxEpisodeLines = 64;
 constexpr size_t kMaxOpenEpisodes = 16;
+constexpr size_t kMaxHeldNotes = 256;
 constexpr size_t kNoSession = std::string::npos;
 
 Note noteFor(const ServiceLine& line, const std::string& why) {
@@ -178,18 +179,21 @@ void ScenarioWriter::cutLine(ServiceLine line) {
 
 void ScenarioWriter::note(Note note) {
     mNotes.emplace(note.lineNo, std::move(note.text));
+    if (mNotes.size() > kMaxHeldNotes && !mEpisodes.empty()) closeOldest();
     drain(false);
+}
+
+void ScenarioWriter::closeOldest() {
+    Episode* oldest = &mEpisodes.front();
+    if (mCall == oldest) mCall = nullptr;
+    if (mEvent == oldest) mEvent = nullptr;
+    oldest->closed = true;
 }
 
 ScenarioWriter::Episode* ScenarioWriter::open(bool isEvent, ServiceLine line) {
     mEpisodes.push_back(Episode{isEvent, false, {}});
     mEpisodes.back().lines.push_back(std::move(line));
-    if (mEpisodes.size() > kMaxOpenEpisodes) {
-        Episode* oldest = &mEpisodes.front();
-        if (mCall == oldest) mCall = nullptr;
-        if (mEvent == oldest) mEvent = nullptr;
-        oldest->closed = true;
-    }
+    if (mEpisodes.size() > kMaxOpenEpisodes) closeOldest();
     return &mEpisodes.back();
 }
 

@@ -65,6 +65,7 @@ private:
     Episode* open(bool isEvent, ServiceLine line);
     void append(Episode* episode, ServiceLine line, const char* orphan);
     void close(Episode** episode);
+    void closeOldest();
     void cutLine(ServiceLine line);
     bool continuesFailedRead() const;
     void drain(bool all);
