@@ -15,8 +15,9 @@
  */
 
 // The pieces of tetheroffload-replay below the scenario: printf formats matched against logged
-// text, logcat lines in both formats, the service's messages told apart, and the selection of
-// one process's lines with messages that logcat split over several lines put back together.
+// text, logcat lines in both formats, the service's messages told apart, the selection of one
+// process's lines, and UTF-16 read. (Messages that logcat split over several lines are put back
+// together in the round trip of tests/scenarios/replay/names.scenario.)
 
 #include <gtest/gtest.h>
 
@@ -25,6 +26,7 @@
 #include <vector>
 
 #include "FormatPattern.h"
+#include "LogInput.h"
 #include "LogcatLine.h"
 #include "ServiceLog.h"
 #include "ServiceMessages.h"
@@ -163,67 +165,76 @@ std::string at(int pid, int tid, const std::string& tag, const std::string& mess
            ": " + message + "\n";
 }
 
+// What the reader keeps of a text, read as the tool reads it.
+struct Kept : LineSink {
+    std::vector<ServiceLine> lines;
+    std::vector<Note> notes;
+    LogCounts counts;
+    void serviceLine(ServiceLine line) override { lines.push_back(std::move(line)); }
+    void note(Note note) override { notes.push_back(std::move(note)); }
+};
+
+Kept read(const std::string& text, std::optional<int> pid = std::nullopt) {
+    Kept kept;
+    LogInput input;
+    EXPECT_TRUE(input.open(textSource(text), "test.log")) << input.error();
+    ServiceLogReader reader(pid, &kept);
+    InputLine line;
+    while (input.next(&line)) reader.take(line);
+    EXPECT_EQ("", input.error());
+    reader.finish();
+    kept.counts = reader.counts();
+    return kept;
+}
+
 TEST(ServiceLogTest, KeepsOneProcessOfTheTagAndCountsOrNotesTheRest) {
-    const std::string input = "--------- beginning of main\n" + at(10, 10, "vold", "mounted") +
-                              at(20, 20, kServiceTag, "stopOffload ") +
-                              at(30, 30, kServiceTag, "stopOffload ") + "\r\n" +
-                              "not a log line\r\n" + at(20, 21, kServiceTag, "a later line");
-    ReadResult first = readServiceLog(input, std::nullopt);
-    ASSERT_EQ("", first.error);
-    EXPECT_EQ(20, first.log.pid);
-    ASSERT_EQ(2u, first.log.lines.size());
-    EXPECT_EQ(3, first.log.lines[0].lineNo);
-    EXPECT_TRUE(first.log.lines[0].message);
-    EXPECT_EQ("a later line", first.log.lines[1].text);
-    EXPECT_FALSE(first.log.lines[1].message);
-    ASSERT_EQ(1u, first.log.unreadable.size());
-    EXPECT_EQ(6, first.log.unreadable[0].lineNo);
-    EXPECT_EQ("not a log line", first.log.unreadable[0].text);
-    EXPECT_EQ(1u, first.log.otherTagLines);
-    EXPECT_EQ(1u, first.log.banners);
-    EXPECT_EQ((std::map<int, size_t>{{30, 1}}), first.log.otherProcesses);
-
-    ReadResult chosen = readServiceLog(input, 30);
-    EXPECT_EQ(30, chosen.log.pid);
-    ASSERT_EQ(1u, chosen.log.lines.size());
-    EXPECT_EQ(4, chosen.log.lines[0].lineNo);
-    EXPECT_EQ(0u, readServiceLog(input, 99).log.lines.size());
-}
-
-TEST(ServiceLogTest, PutsAMessageThatLogcatSplitBackTogether) {
-    // addDownstream with the name "mdbr\n0": three messages of two lines each.
     const std::string input =
-            at(20, 20, kServiceTag, "addDownstream iface:mdbr") +
-            at(20, 20, kServiceTag, "0 prefix:192.168.42.0/24") +
-            at(20, 20, kServiceTag, "checkInterface in: mdbr") + at(20, 20, kServiceTag, "0") +
-            at(20, 20, kServiceTag, "addDownstream(down-if:mdbr") +
-            at(20, 20, kServiceTag, "0; up-if:)") +
-            // Same header, each a message of its own.
-            at(20, 20, kServiceTag, "No actived offload") +
-            at(20, 20, kServiceTag, "No de-active vexa") +
-            // Another thread's line does not continue this one.
-            at(20, 20, kServiceTag, "checkInterface in: a") + at(20, 21, kServiceTag, "b");
-    const ServiceLog log = readServiceLog(input, std::nullopt).log;
-    std::vector<std::string> texts;
-    for (const ServiceLine& line : log.lines) texts.push_back(line.text);
-    EXPECT_EQ((std::vector<std::string>{
-                      "addDownstream iface:mdbr\n0 prefix:192.168.42.0/24",
-                      "checkInterface in: mdbr\n0", "addDownstream(down-if:mdbr\n0; up-if:)",
-                      "No actived offload", "No de-active vexa", "checkInterface in: a", "b"}),
-              texts);
-    EXPECT_EQ(3, log.lines[1].lineNo);
-    ASSERT_TRUE(log.lines[0].message);
-    EXPECT_EQ((std::vector<std::string>{"mdbr\n0", "192.168.42.0/24"}),
-              log.lines[0].message->fields);
+            "--------- beginning of main\n" + at(10, 10, "vold", "mounted") +
+            at(20, 20, kServiceTag, "stopOffload ") + at(30, 30, kServiceTag, "stopOffload ") +
+            "\r\n" + "not a log line\r\n" + at(20, 21, kServiceTag, "a later line") +
+            at(20, 20, "chatty", "uid=1000(system) /vendor/bin/hw/x identical 3 lines") +
+            at(30, 30, "chatty", "uid=1000(system) /vendor/bin/hw/x identical 2 lines");
+    Kept first = read(input);
+    EXPECT_EQ(20, first.counts.pid);
+    ASSERT_EQ(2u, first.lines.size());
+    EXPECT_EQ(3, first.lines[0].lineNo);
+    EXPECT_TRUE(first.lines[0].message);
+    EXPECT_EQ("a later line", first.lines[1].text);
+    EXPECT_FALSE(first.lines[1].message);
+    ASSERT_EQ(2u, first.notes.size());
+    EXPECT_EQ(6, first.notes[0].lineNo);
+    EXPECT_EQ("not a log line: \"not a log line\"", first.notes[0].text);
+    // The chatty line of the process is placed; the other process's is another tag's.
+    EXPECT_EQ(8, first.notes[1].lineNo);
+    EXPECT_NE(std::string::npos, first.notes[1].text.find("identical 3 lines"))
+            << first.notes[1].text;
+    EXPECT_EQ(2u, first.counts.otherTagLines);
+    EXPECT_EQ(1u, first.counts.banners);
+    EXPECT_EQ((std::map<int, size_t>{{30, 1}}), first.counts.otherProcesses);
+
+    Kept chosen = read(input, 30);
+    EXPECT_EQ(30, chosen.counts.pid);
+    ASSERT_EQ(1u, chosen.lines.size());
+    EXPECT_EQ(4, chosen.lines[0].lineNo);
+    EXPECT_EQ(0u, read(input, 99).lines.size());
 }
 
-TEST(ServiceLogTest, RefusesWhatIsNoLog) {
-    EXPECT_EQ("it is empty", readServiceLog("", std::nullopt).error);
-    EXPECT_EQ("it holds binary data (a NUL byte at offset 3)",
-              readServiceLog(std::string("I/T\0(1): x\n", 11), std::nullopt).error);
-    EXPECT_EQ("no line of it is a logcat line (threadtime or brief format)",
-              readServiceLog("hello\nworld\n", std::nullopt).error);
-    EXPECT_EQ("", readServiceLog("hello\n" + at(1, 1, "vold", "x"), std::nullopt).error);
+// The bug report's section and a line past the bound are with the command line's tests.
+TEST(LogInputTest, ReadsUtf16WithOrWithoutAByteOrderMark) {
+    const std::string text = at(20, 20, kServiceTag, "checkInterface in: wl\xc3\xa4n0");
+    for (bool bigEndian : {false, true}) {
+        for (bool mark : {false, true}) {
+            std::string utf16 = mark ? (bigEndian ? "\xfe\xff" : "\xff\xfe") : "";
+            for (char c : std::string(text.begin(), text.end() - 1)) {
+                if (static_cast<unsigned char>(c) == 0xc3) continue;
+                const char unit = static_cast<unsigned char>(c) == 0xa4 ? '\xe4' : c;
+                utf16 += bigEndian ? std::string{'\0', unit} : std::string{unit, '\0'};
+            }
+            const Kept kept = read(utf16);
+            ASSERT_EQ(1u, kept.lines.size()) << bigEndian << mark;
+            EXPECT_EQ("checkInterface in: wl\xc3\xa4n0", kept.lines[0].text);
+        }
+    }
 }
 
 }  // namespace

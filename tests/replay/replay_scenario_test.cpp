@@ -24,9 +24,8 @@
 #include <string>
 #include <vector>
 
-#include "ScenarioBuilder.h"
+#include "Replay.h"
 #include "ScenarioParser.h"
-#include "ServiceLog.h"
 
 namespace hostreplay {
 namespace {
@@ -51,9 +50,13 @@ std::string serviceLog(const Lines& messages) {
 
 // The scenario's lines after its header.
 Lines replayed(const std::string& log) {
-    const ReadResult read = readServiceLog(log, std::nullopt);
-    EXPECT_EQ("", read.error);
-    const std::string scenario = buildScenario(read.log, "test.log");
+    LogInput input;
+    EXPECT_TRUE(input.open(textSource(log), "test.log"));
+    std::string scenario, message;
+    EXPECT_EQ(kReplayed, replayLog(
+                                 input, std::nullopt,
+                                 [&](const std::string& text) { scenario += text; }, &message));
+    EXPECT_EQ("", message);
     EXPECT_EQ("", hostrunner::parseScript(scenario, "replayed").error) << scenario;
     Lines out;
     size_t start = 0;
@@ -329,6 +332,28 @@ TEST(ReplayNotesTest, KeepsEveryLineItCannotPlaceAtItsPlace) {
                       "# log line 15: outside any call: I \"No de-active vexa\"",
               }),
               replayed(log));
+}
+
+TEST(ReplayNotesTest, ALineCutShortRebuildsItsCallOrNamesTheCallsItMayHaveBegun) {
+    Lines got = replayed(after(kInit, {"setDat", "setDataLimit (app: 255 ) ok ", "set",
+                                       "checkInterface in: x", "@handleEvent: reads",
+                                       "@ parsingEvent : recv a msg from MD: status:1 ,msg: 0"}));
+    got.erase(got.begin());  // initOffload
+    EXPECT_EQ(
+            (Lines{
+                    "setDataLimit wanif0 0  # log line 6 was cut short: \"setDat\"; the upstream "
+                    "is not in the log; the limit is not logged",
+                    "# log line 8: cut short: I \"set\": the call it began (setHandles, "
+                    "setLocalPrefixes, setDataLimit, setDataWarningAndLimit, "
+                    "setUpstreamParameters) "
+                    "is lost, with the line after it; the steps after it may take another path, "
+                    "as the service's state may differ",
+                    "# log line 10: cut short, its rest lost (it began \"handleEvent: readsize %d "
+                    "\"); the lines after it may show another path: I \"handleEvent: reads\"",
+                    "# log line 11: part of an event whose read is not in the log: I \" "
+                    "parsingEvent : recv a msg from MD: status:1 ,msg: 0\"",
+            }),
+            got);
 }
 
 }  // namespace

@@ -16,6 +16,8 @@
 
 #include "CallReplay.h"
 
+#include <cctype>
+#include <optional>
 #include <string>
 
 #include "ScenarioText.h"
@@ -67,8 +69,7 @@ void setHandles(Msg id, Step* step) {
 
 // Whether the service was initialised when the call came. setHandles does not care; initOffload
 // says so when it refuses; every other call checks it first and logs only a refusal.
-Step::Initialised initialisedWhenCalled(const Lines& lines) {
-    const Msg first = lines.front()->message->id;
+Step::Initialised initialisedWhenCalled(Msg first, const Lines& lines) {
     if (setHandlesCall(first)) return Step::Initialised::kUnknown;
     if (first == Msg::kInitStart) {
         if (has(lines, Msg::kInitAlready)) return Step::Initialised::kYes;
@@ -164,6 +165,140 @@ std::string upstreamGateways(const Lines& lines, Step* step) {
     return " fe80::1";
 }
 
+// The IPv4 address and gateway that take the path of the checks' lines: each empty one logs
+// "in.length() == 0", the one that fails "Invalid Ip address" and its own refusal.
+std::vector<std::string> upstreamAddresses(const Lines& lines, Step* step) {
+    if (has(lines, Msg::kAllEmpty)) return {"", ""};
+    if (has(lines, Msg::kNotInitialised) || failedOn(lines, "interface")) {
+        step->picks.push_back("the IPv4 address and gateway are not logged (never checked)");
+        return {"", ""};
+    }
+    step->picks.push_back(
+            "the IPv4 address and gateway are not logged: chosen to take the "
+            "same path");
+    const ServiceMessage* first = nullptr;
+    size_t empties = 0;
+    for (const ServiceLine* line : lines) {
+        if (!line->message) continue;
+        const Msg id = line->message->id;
+        if (first == nullptr && (id == Msg::kAddrEmpty || id == Msg::kAddrInvalid)) {
+            first = &*line->message;
+        }
+        if (id == Msg::kAddrEmpty) ++empties;
+    }
+    if (failedOn(lines, "v4Addr")) return {"192.0.2.256", ""};
+    if (failedOn(lines, "v4Gw")) {
+        return {first != nullptr && first->id == Msg::kAddrEmpty ? "" : "192.0.2.2", "192.0.2.256"};
+    }
+    // The failing IPv6 gateway's own line is no IPv4 one.
+    const ServiceMessage* cause = before(lines, Msg::kInvalidArgument);
+    if (failedOn(lines, "v6Gws") && cause != nullptr && cause->id == Msg::kAddrEmpty) --empties;
+    if (empties == 0) return {"192.0.2.2", "192.0.2.1"};
+    if (empties == 1) return {"", "192.0.2.1"};
+    return {"", ""};
+}
+
+// The upstream, from the lines that name it after the first.
+std::string upstreamFromLater(const Lines& lines, Step* step) {
+    if (const ServiceMessage* m = find(lines, Msg::kUpstreamEnd)) return textField(*m, 0);
+    if (const ServiceMessage* m = find(lines, Msg::kCheckInterface)) return textField(*m, 0);
+    for (Msg id : {Msg::kUpstreamActivated, Msg::kUpstreamDeactivated}) {
+        if (const ServiceMessage* m = find(lines, id)) return textField(*m, 1);
+    }
+    if (has(lines, Msg::kAllEmpty)) return "";
+    step->picks.push_back("the upstream is not in the log");
+    return "wanif0";
+}
+
+std::vector<std::string> downstreamFromLater(const Lines& lines, Step* step) {
+    const ServiceMessage* check = find(lines, Msg::kCheckInterface);
+    std::string iface;
+    if (check != nullptr) {
+        iface = textField(*check, 0);
+    } else if (const ServiceMessage* m = find(lines, Msg::kAddEnd)) {
+        iface = textField(*m, 0);
+    } else if (const ServiceMessage* m = find(lines, Msg::kRemoveEnd)) {
+        iface = textField(*m, 0);
+    }
+    if (has(lines, Msg::kNotInitialised) || (failedOn(lines, "interface") && check == nullptr)) {
+        step->picks.push_back("the prefix is not logged (never checked)");
+        return {iface, ""};
+    }
+    if (has(lines, Msg::kInvalidPrefix)) return {iface, failingPrefix(lines, step)};
+    step->picks.push_back("the prefix is not logged");
+    return {iface, "192.168.42.0/24"};
+}
+
+// The first word of a call's first line: its name.
+std::string callName(Msg id) {
+    const std::string format = formatOf(id);
+    size_t end = 0;
+    while (end < format.size() && isalpha(static_cast<unsigned char>(format[end]))) ++end;
+    return format.substr(0, end);
+}
+
+// A call whose first line the log cut short: which call it was, where the lines after it tell,
+// and the values of that line from them, or values that lead down the same path.
+std::optional<ServiceMessage> rebuiltFirstLine(const Lines& lines, Step* step) {
+    const ServiceLine& cut = *lines.front();
+    std::vector<Msg> calls;
+    for (Msg id : cut.cutFrom) {
+        for (const ServiceLine* line : lines) {
+            if (line->message && callOf(*line->message) == id) {
+                calls.push_back(id);
+                break;
+            }
+        }
+    }
+    if (calls.empty() && cut.cutFrom.size() == 1) calls = cut.cutFrom;
+    if (calls.size() != 1) {
+        std::string names;
+        for (Msg id : cut.cutFrom) {
+            const std::string name = callName(id);
+            if (names.find(name) == std::string::npos) names += (names.empty() ? "" : ", ") + name;
+        }
+        step->notes.push_back(Note{
+                cut.lineNo,
+                "cut short: " + std::string(1, cut.level) + " " + quotedForComment(cut.text) +
+                        ": the call it began (" + names + ") is lost" +
+                        (lines.size() == 1   ? ""
+                         : lines.size() == 2 ? ", with the line after it"
+                                             : ", with the " + std::to_string(lines.size() - 1) +
+                                                       " lines after it") +
+                        "; the steps after it may take another path, as the "
+                        "service's state may differ"});
+        return std::nullopt;
+    }
+    ServiceMessage first{calls.front(), {}};
+    step->picks.push_back("log line " + std::to_string(cut.lineNo) +
+                          " was cut short: " + quotedForComment(cut.text, 40));
+    switch (first.id) {
+        case Msg::kUpstreamStart:
+            first.fields = {upstreamFromLater(lines, step)};
+            for (const std::string& address : upstreamAddresses(lines, step)) {
+                first.fields.push_back(address);
+            }
+            break;
+        case Msg::kAddStart:
+        case Msg::kRemoveStart:
+            first.fields = downstreamFromLater(lines, step);
+            break;
+        case Msg::kStatsStart:
+        case Msg::kLimitStart:
+        case Msg::kWarningLimitStart:
+            if (has(lines, Msg::kQuotaEmptyName)) {
+                first.fields = {""};
+            } else {
+                first.fields = {"wanif0"};
+                step->picks.push_back("the upstream is not in the log");
+            }
+            break;
+        default:
+            break;
+    }
+    return first;
+}
+
 std::string words(const ServiceMessage& m) {
     std::string out;
     for (const std::string& field : m.fields) out += " " + scenarioWord(field);
@@ -175,9 +310,12 @@ std::string words(const ServiceMessage& m) {
 Step replayCall(const Lines& lines) {
     Step step;
     step.lineNo = lines.front()->lineNo;
+    const std::optional<ServiceMessage> cutFirst =
+            lines.front()->message ? std::nullopt : rebuiltFirstLine(lines, &step);
+    if (!lines.front()->message && !cutFirst) return step;
+    const ServiceMessage& first = cutFirst ? *cutFirst : *lines.front()->message;
     collectWorldClues(lines, &step);
-    step.initialised = initialisedWhenCalled(lines);
-    const ServiceMessage& first = *lines.front()->message;
+    step.initialised = initialisedWhenCalled(first.id, lines);
     switch (first.id) {
         case Msg::kSetHandlesOk:
         case Msg::kSetHandlesFd1Empty:

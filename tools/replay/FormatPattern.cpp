@@ -93,6 +93,15 @@ bool FormatPattern::beginsWith(const std::string& text) const {
     return text.size() <= kMaxText && matchFrom(0, text, 0, Mode::kBeginning, &out);
 }
 
+bool FormatPattern::isCutFrom(const std::string& text) const {
+    if (text.empty() || mPieces.empty() || mPieces[0].conversion != 0 ||
+        allBlank(mPieces[0].literal, 0) || match(text)) {
+        return false;
+    }
+    std::vector<std::string> out;
+    return matchFrom(0, text, 0, Mode::kCut, &out);
+}
+
 bool FormatPattern::matchFrom(size_t piece, const std::string& text, size_t pos, Mode mode,
                               std::vector<std::string>* out) const {
     if (piece == mPieces.size()) return pos == text.size();
@@ -115,6 +124,7 @@ bool FormatPattern::matchLiteral(size_t piece, const std::string& text, size_t p
         ++at;
     }
     if (matched == literal.size()) return matchFrom(piece + 1, text, at, mode, out);
+    if (mode == Mode::kCut && at == text.size()) return true;
     // A trimmed text may end where the format still has blanks and empty strings to write.
     if (mode == Mode::kTolerant && at == text.size() && allBlank(literal, matched) &&
         restMayBeMissing(piece + 1)) {
@@ -129,6 +139,11 @@ bool FormatPattern::matchLiteral(size_t piece, const std::string& text, size_t p
 bool FormatPattern::matchConversion(size_t piece, const std::string& text, size_t pos, Mode mode,
                                     std::vector<std::string>* out) const {
     const char conversion = mPieces[piece].conversion;
+    // The cut came at or inside this value: %s takes whatever is left, a number its digits.
+    if (mode == Mode::kCut && (pos == text.size() || conversion == 's' ||
+                               longestRun(conversion, text, pos) == text.size())) {
+        return true;
+    }
     // The line was cut inside a value that follows the format's opening words.
     if (mode == Mode::kBeginning && conversion == 's' && piece > 0 && pos < text.size()) {
         out->push_back(text.substr(pos));

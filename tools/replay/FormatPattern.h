@@ -37,6 +37,11 @@ public:
     // format's opening words holds a newline: the first line of a message logcat split.
     bool beginsWith(const std::string& text) const;
 
+    // Whether `text` is how the format's output begins when the line was cut short anywhere (the
+    // end of a capture, logcat's own limit). Only a format that opens with words of its own has a
+    // beginning to recognise; a text the format writes whole is no cut.
+    bool isCutFrom(const std::string& text) const;
+
     // Longer texts are not tried: the Android log cuts a message at about 4 KiB anyway.
     static constexpr size_t kMaxText = 4096;
 
@@ -50,6 +55,7 @@ private:
         kExact,
         kTolerant,   // blanks lost at either end
         kBeginning,  // the text may stop inside a %s
+        kCut,        // the text may stop anywhere
     };
 
     bool matchFrom(size_t piece, const std::string& text, size_t pos, Mode mode,

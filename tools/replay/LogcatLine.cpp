@@ -32,6 +32,7 @@ public:
 
     bool atEnd() const { return mPos >= mText.size(); }
     size_t pos() const { return mPos; }
+    void reset(size_t pos) { mPos = pos; }
 
     void skipBlanks() {
         while (mPos < mText.size() && mText[mPos] == ' ') ++mPos;
@@ -54,6 +55,17 @@ public:
         std::string text;
         if (!digits(1, &text) || text.size() > 9) return false;
         *out = std::stoi(text);
+        return true;
+    }
+    // A user's name as `-v uid` writes it: at most five letters, digits or '_'.
+    bool name() {
+        size_t end = mPos;
+        while (end < mText.size() && end - mPos < 6 &&
+               (isalnum(static_cast<unsigned char>(mText[end])) || mText[end] == '_')) {
+            ++end;
+        }
+        if (end == mPos || end - mPos > 5) return false;
+        mPos = end;
         return true;
     }
     bool level(char* out) {
@@ -100,15 +112,26 @@ bool readTagAndMessage(const std::string& text, size_t from, LogcatLine* line) {
     return true;
 }
 
+// "PID TID L " from the cursor on.
+bool readIds(Scanner* s, LogcatLine* line) {
+    if (!s->number(&line->pid)) return false;
+    s->skipBlanks();
+    return s->number(&line->tid) && s->take(' ') && s->level(&line->level) && s->take(' ');
+}
+
+// "STAMP [UID] PID TID L TAG: MESSAGE": `-v uid` (as in a bug report) puts the uid, a number or
+// a name, before the pid.
 std::optional<LogcatLine> parseThreadtime(const std::string& text) {
     LogcatLine line;
     Scanner s(text);
     if (!readStamp(&s, text, &line.stamp)) return std::nullopt;
     s.skipBlanks();
-    if (!s.number(&line.pid)) return std::nullopt;
-    s.skipBlanks();
-    if (!s.number(&line.tid) || !s.take(' ') || !s.level(&line.level) || !s.take(' ')) {
-        return std::nullopt;
+    const size_t ids = s.pos();
+    if (!readIds(&s, &line)) {
+        s.reset(ids);
+        if (!s.name()) return std::nullopt;
+        s.skipBlanks();
+        if (!readIds(&s, &line)) return std::nullopt;
     }
     if (!readTagAndMessage(text, s.pos(), &line)) return std::nullopt;
     return line;
@@ -142,6 +165,25 @@ std::string LogcatLine::header() const {
 std::optional<LogcatLine> parseLogcatLine(const std::string& text) {
     if (auto line = parseThreadtime(text)) return line;
     return parseBrief(text);
+}
+
+std::string decodePrintable(const std::string& text) {
+    std::string out;
+    out.reserve(text.size());
+    for (size_t i = 0; i < text.size(); ++i) {
+        if (text[i] == '\\' && i + 1 < text.size() && text[i + 1] == '\\') {
+            out += '\\';
+            ++i;
+        } else if (text[i] == '\\' && i + 3 < text.size() && text[i + 1] == 'x' &&
+                   isxdigit(static_cast<unsigned char>(text[i + 2])) &&
+                   isxdigit(static_cast<unsigned char>(text[i + 3]))) {
+            out += static_cast<char>(std::stoi(text.substr(i + 2, 2), nullptr, 16));
+            i += 3;
+        } else {
+            out += text[i];
+        }
+    }
+    return out;
 }
 
 bool isLogcatBanner(const std::string& text) {

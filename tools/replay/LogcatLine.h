@@ -15,8 +15,8 @@
  */
 
 // One line of a captured log, as `adb logcat` writes it in the threadtime format
-// ("MM-DD HH:MM:SS.mmm  PID  TID L TAG: MESSAGE", also with a year or finer seconds) or in the
-// brief format ("L/TAG(  PID): MESSAGE").
+// ("MM-DD HH:MM:SS.mmm  PID  TID L TAG: MESSAGE", also with a year or finer seconds, or with the
+// uid before the pid as `-v uid` writes it) or in the brief format ("L/TAG(  PID): MESSAGE").
 
 #pragma once
 
@@ -38,6 +38,14 @@ struct LogcatLine {
 };
 
 std::optional<LogcatLine> parseLogcatLine(const std::string& text);
+
+// A message as `-v printable` wrote it, back as it was logged: `\\` is a backslash, `\xHH` a
+// byte.
+std::string decodePrintable(const std::string& text);
+
+// logd's line in place of repeated lines of one process ("uid=1000(system) NAME identical 3
+// lines"), with that process's pid.
+constexpr const char* kChattyTag = "chatty";
 
 // "--------- beginning of main" and the like, which logcat writes between its buffers.
 bool isLogcatBanner(const std::string& text);

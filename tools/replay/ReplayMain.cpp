@@ -14,25 +14,21 @@
  * limitations under the License.
  */
 
-// tetheroffload-replay [--pid PID] [LOGCAT]: reads a log captured on a phone (or written by
-// tetheroffload-service --trace=logcat) and writes the scenario that drives the service through
-// the same calls, modem events and faults.
+// tetheroffload-replay [--pid PID] [LOG]: reads a log captured on a phone (a logcat, a bug report
+// zip or its main text file, or what tetheroffload-service --trace=logcat wrote) and writes the
+// scenario that drives the service through the same calls, modem events and faults.
 
 #include <stdio.h>
 
-#include <fstream>
-#include <iostream>
+#include <exception>
 #include <optional>
-#include <sstream>
 #include <string>
 
-#include "ScenarioBuilder.h"
-#include "ServiceLog.h"
+#include "Replay.h"
 
 namespace {
 
-constexpr const char* kUsage = "usage: tetheroffload-replay [--pid PID] [LOGCAT]";
-constexpr int kNotALog = 2;
+constexpr const char* kUsage = "usage: tetheroffload-replay [--pid PID] [LOGCAT|BUGREPORT]";
 
 struct Arguments {
     std::optional<int> pid;
@@ -74,19 +70,6 @@ Arguments parseArguments(int argc, char** argv) {
     return args;
 }
 
-bool readInput(const std::string& path, std::string* text) {
-    std::ostringstream in;
-    if (path.empty()) {
-        in << std::cin.rdbuf();
-    } else {
-        std::ifstream file(path, std::ios::binary);
-        if (!file) return false;
-        in << file.rdbuf();
-    }
-    *text = in.str();
-    return true;
-}
-
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -97,25 +80,26 @@ int main(int argc, char** argv) {
     }
     if (!args.error.empty()) {
         fprintf(stderr, "tetheroffload-replay: %s\n%s\n", args.error.c_str(), kUsage);
-        return kNotALog;
+        return hostreplay::kNotReplayed;
     }
-    const std::string source = args.path.empty() ? "<stdin>" : args.path;
-    std::string input;
-    if (!readInput(args.path, &input)) {
-        fprintf(stderr, "tetheroffload-replay: %s: cannot read the log\n", source.c_str());
-        return kNotALog;
+    hostreplay::LogInput input;
+    std::string message;
+    int status = hostreplay::kNotReplayed;
+    try {
+        if (!input.open(args.path)) {
+            message = input.error();
+        } else {
+            status = hostreplay::replayLog(
+                    input, args.pid,
+                    [](const std::string& text) { fwrite(text.data(), 1, text.size(), stdout); },
+                    &message);
+        }
+    } catch (const std::exception& e) {
+        // Its memory does not grow with the log: this is a machine that has none left.
+        message = input.name() + ": the replay stopped: " + e.what();
+        status = hostreplay::kNotReplayed;
     }
-    const hostreplay::ReadResult read = hostreplay::readServiceLog(input, args.pid);
-    if (!read.error.empty()) {
-        fprintf(stderr, "tetheroffload-replay: %s is not a log: %s\n", source.c_str(),
-                read.error.c_str());
-        return kNotALog;
-    }
-    if (read.log.lines.empty()) {
-        fprintf(stderr, "tetheroffload-replay: %s: no line of tag %s to replay\n", source.c_str(),
-                hostreplay::kServiceTag);
-    }
-    const std::string scenario = hostreplay::buildScenario(read.log, source);
-    fwrite(scenario.data(), 1, scenario.size(), stdout);
-    return fflush(stdout) == 0 ? 0 : 1;
+    if (!message.empty()) fprintf(stderr, "tetheroffload-replay: %s\n", message.c_str());
+    if (fflush(stdout) != 0) return 1;
+    return status;
 }

@@ -18,63 +18,33 @@
 
 #include <utility>
 
+#include "FormatPattern.h"
 #include "LogcatLine.h"
+#include "ScenarioText.h"
 
 namespace hostreplay {
 namespace {
 
-struct InputLine {
-    int lineNo;
-    std::string text;
-    std::optional<LogcatLine> parsed;
-};
-
-std::vector<InputLine> splitLines(const std::string& input) {
-    std::vector<InputLine> lines;
-    size_t start = 0;
-    int lineNo = 0;
-    while (start < input.size()) {
-        size_t end = input.find('\n', start);
-        if (end == std::string::npos) end = input.size();
-        std::string text = input.substr(start, end - start);
-        if (!text.empty() && text.back() == '\r') text.pop_back();
-        ++lineNo;
-        std::optional<LogcatLine> parsed = parseLogcatLine(text);
-        lines.push_back(InputLine{lineNo, std::move(text), std::move(parsed)});
-        start = end + 1;
-    }
-    return lines;
-}
-
-// Checked before anything is read into lines: a binary file can be large.
-std::string notText(const std::string& input) {
-    if (input.empty()) return "it is empty";
-    const size_t nul = input.find('\0');
-    if (nul == std::string::npos) return "";
-    return "it holds binary data (a NUL byte at offset " + std::to_string(nul) + ")";
-}
-
-bool anyLogcatLine(const std::vector<InputLine>& lines) {
-    for (const InputLine& line : lines) {
-        if (line.parsed) return true;
-    }
-    return false;
-}
+constexpr size_t kExcerpt = 80;
 
 bool isBlank(const std::string& text) {
     return text.find_first_not_of(" \t") == std::string::npos;
 }
 
+}  // namespace
+
 // Puts a message that logcat wrote on several lines back together. A line that is no message
 // of its own, and does not begin one, continues the line before it when they have the same
-// header and together make a message, or when that line was no message either.
-class MessageJoiner {
+// header and together make a message, or when that line was no message either (up to the
+// longest text a message can have).
+class ServiceLogReader::Joiner {
 public:
-    explicit MessageJoiner(std::vector<ServiceLine>* out) : mOut(out) {}
+    explicit Joiner(LineSink* sink) : mSink(sink) {}
 
     void add(int lineNo, const LogcatLine& line) {
         std::optional<ServiceMessage> alone = matchServiceMessage(line.message);
-        if (mPending && mHeader == line.header() && !alone && !beginsServiceMessage(line.message)) {
+        if (mPending && mHeader == line.header() && !alone && !beginsServiceMessage(line.message) &&
+            mPending->text.size() + line.message.size() < FormatPattern::kMaxText) {
             const std::string joined = mPending->text + "\n" + line.message;
             std::optional<ServiceMessage> together = matchServiceMessage(joined);
             if (together || !mPending->message) {
@@ -84,62 +54,77 @@ public:
             }
         }
         flush();
-        mPending = ServiceLine{lineNo, line.level, line.message, std::move(alone)};
+        mPending = ServiceLine{lineNo, line.level, line.message, std::move(alone), {}};
         mHeader = line.header();
     }
 
     void flush() {
-        if (mPending) mOut->push_back(std::move(*mPending));
+        if (!mPending) return;
+        if (!mPending->message) mPending->cutFrom = messagesCutShort(mPending->text);
+        mSink->serviceLine(std::move(*mPending));
         mPending.reset();
     }
 
 private:
-    std::vector<ServiceLine>* mOut;
+    LineSink* mSink;
     std::optional<ServiceLine> mPending;
     std::string mHeader;
 };
 
-int choosePid(const std::vector<InputLine>& lines, std::optional<int> pid) {
-    if (pid) return *pid;
-    for (const InputLine& line : lines) {
-        if (line.parsed && line.parsed->tag == kServiceTag) return line.parsed->pid;
-    }
-    return 0;
+ServiceLogReader::ServiceLogReader(std::optional<int> pid, LineSink* sink)
+    : mPid(pid), mSink(sink), mJoiner(std::make_unique<Joiner>(sink)) {
+    mCounts.pid = pid.value_or(0);
 }
 
-}  // namespace
+ServiceLogReader::~ServiceLogReader() = default;
 
-ReadResult readServiceLog(const std::string& input, std::optional<int> pid) {
-    ReadResult result;
-    result.error = notText(input);
-    if (!result.error.empty()) return result;
-    const std::vector<InputLine> lines = splitLines(input);
-    if (!anyLogcatLine(lines)) {
-        result.error = "no line of it is a logcat line (threadtime or brief format)";
-        return result;
+void ServiceLogReader::take(const InputLine& input) {
+    if (input.tooLong()) {
+        mJoiner->flush();
+        mSink->note(Note{input.lineNo,
+                         "a line of " + std::to_string(input.length) + " bytes, longer than the " +
+                                 std::to_string(kMaxLineBytes) + " a replay reads, skipped: " +
+                                 quotedForComment(input.text, kExcerpt)});
+        return;
     }
-
-    ServiceLog& log = result.log;
-    log.pid = choosePid(lines, pid);
-    MessageJoiner joiner(&log.lines);
-    for (const InputLine& line : lines) {
-        const bool ours =
-                line.parsed && line.parsed->tag == kServiceTag && line.parsed->pid == log.pid;
-        if (!ours) joiner.flush();
-        if (ours) {
-            joiner.add(line.lineNo, *line.parsed);
-        } else if (line.parsed && line.parsed->tag == kServiceTag) {
-            ++log.otherProcesses[line.parsed->pid];
-        } else if (line.parsed) {
-            ++log.otherTagLines;
-        } else if (isLogcatBanner(line.text)) {
-            ++log.banners;
-        } else if (!isBlank(line.text)) {
-            log.unreadable.push_back(UnreadableLine{line.lineNo, line.text});
+    std::optional<LogcatLine> parsed = parseLogcatLine(input.text);
+    if (parsed && input.printable) parsed->message = decodePrintable(parsed->message);
+    if (parsed && parsed->tag == kServiceTag && !mPid) {
+        mPid = parsed->pid;
+        mCounts.pid = parsed->pid;
+    }
+    const bool ours = parsed && parsed->tag == kServiceTag && parsed->pid == mPid;
+    if (ours) {
+        ++mCounts.logcatLines;
+        ++mCounts.serviceLines;
+        mJoiner->add(input.lineNo, *parsed);
+        return;
+    }
+    mJoiner->flush();
+    if (parsed) {
+        ++mCounts.logcatLines;
+        if (parsed->tag == kServiceTag) {
+            ++mCounts.otherProcesses[parsed->pid];
+        } else if (parsed->tag == kChattyTag && mPid && parsed->pid == *mPid) {
+            mSink->note(Note{input.lineNo,
+                             "logcat's chatty line, for lines of this process that it "
+                             "left out and the replay cannot repeat: " +
+                                     quotedForComment(parsed->message)});
+        } else {
+            ++mCounts.otherTagLines;
+            if (parsed->tag == kChattyTag && !mPid) ++mEarlyChatty[parsed->pid];
         }
+    } else if (isLogcatBanner(input.text)) {
+        ++mCounts.banners;
+    } else if (!isBlank(input.text)) {
+        mSink->note(Note{input.lineNo, "not a log line: " + quotedForComment(input.text)});
     }
-    joiner.flush();
-    return result;
+}
+
+void ServiceLogReader::finish() {
+    mJoiner->flush();
+    // Chatty lines of the process that came before its first line are placed, not counted.
+    if (mPid) mCounts.otherTagLines -= mEarlyChatty[*mPid];
 }
 
 }  // namespace hostreplay

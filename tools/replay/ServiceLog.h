@@ -14,19 +14,24 @@
  * limitations under the License.
  */
 
-// The part of a captured log that a replay works from: the lines of the service's tag from one
-// process, each recognised where it can be, and the input lines that are no log lines at all,
-// all with their line numbers. Everything else is counted.
+// The part of a captured log that a replay works from, line by line: the lines of the service's
+// tag from one process, each recognised where it can be (a message that logcat split over several
+// lines put back together), and notes for the input lines that say something else a replay must
+// keep (lines that are no log lines, lines too long to read, logcat's chatty lines for the
+// process). Everything else is counted.
 
 #pragma once
 
 #include <cstddef>
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "LogInput.h"
 #include "ServiceMessages.h"
+#include "Step.h"
 
 namespace hostreplay {
 
@@ -36,29 +41,45 @@ struct ServiceLine {
     int lineNo = 0;  // of the input, from 1; a message of several lines has its first
     char level = '?';
     std::string text;                       // lines of one message joined with '\n'
-    std::optional<ServiceMessage> message;  // empty for a text this service does not write
+    std::optional<ServiceMessage> message;  // empty for a text this service does not write whole
+    std::vector<Msg> cutFrom;  // without a message: those it can be the beginning of, cut short
 };
 
-struct UnreadableLine {
-    int lineNo = 0;
-    std::string text;
+// Where the reader hands what it keeps, in the order of the lines.
+class LineSink {
+public:
+    virtual ~LineSink() = default;
+    virtual void serviceLine(ServiceLine line) = 0;
+    virtual void note(Note note) = 0;
 };
 
-struct ServiceLog {
-    int pid = 0;  // 0 when no line has the service's tag
-    std::vector<ServiceLine> lines;
-    std::vector<UnreadableLine> unreadable;
+struct LogCounts {
+    int pid = 0;              // 0 when no line has the service's tag
+    size_t serviceLines = 0;  // input lines of the tag from that process
+    size_t logcatLines = 0;   // input lines that are logcat lines at all
     size_t otherTagLines = 0;
     size_t banners = 0;
     std::map<int, size_t> otherProcesses;  // pid: lines of the service's tag
 };
 
-struct ReadResult {
-    ServiceLog log;
-    std::string error;  // why the input is not a log; empty when it is one
-};
+class ServiceLogReader {
+public:
+    // `pid`: the process to keep; without it, the first that logs under the service's tag.
+    ServiceLogReader(std::optional<int> pid, LineSink* sink);
+    ~ServiceLogReader();
 
-// `pid`: the process to keep; without it, the first that logs under the service's tag.
-ReadResult readServiceLog(const std::string& input, std::optional<int> pid);
+    void take(const InputLine& line);
+    void finish();
+    const LogCounts& counts() const { return mCounts; }
+
+private:
+    class Joiner;
+
+    std::optional<int> mPid;
+    LineSink* mSink;
+    std::unique_ptr<Joiner> mJoiner;
+    LogCounts mCounts;
+    std::map<int, size_t> mEarlyChatty;  // chatty lines of each process before one was chosen
+};
 
 }  // namespace hostreplay

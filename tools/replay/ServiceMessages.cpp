@@ -42,6 +42,8 @@ constexpr Entry kEntries[] = {
     {Msg::kThreadCreated, "created HandleEvent thread", Context::kStartup, true},
     {Msg::kThreadNameFail, "fail to change HandleEvent thread name", Context::kStartup, false},
     {Msg::kThreadCreateFail, "fail to create event thread", Context::kStartup, false},
+    {Msg::kThreadNoInstance, "createEventThread: unable to create offloadEventHandle instance ",
+     Context::kStartup, false},
     {Msg::kThreadAgain, " HandleEvent thread has  been created ", Context::kStartup, false},
     {Msg::kSigpipeNotBlocked, "WARNING: SIGPIPE not blocked", Context::kStartup, false},
     {Msg::kHalNotMade, "get tetherOffloadHal service failed(%s)", Context::kStartup, false},
@@ -118,8 +120,6 @@ constexpr Entry kEntries[] = {
     {Msg::kNoDevice, "%s: fail to open vexa device ", Context::kCall, true},
     {Msg::kNoInstance, "%s: fail to get offloadEventHandle instance ", Context::kCall, false},
     {Msg::kNullIface, "%s: interface is null ", Context::kCall, false},
-    {Msg::kAllocFail, "%s: alloc memory fail ", Context::kCall, false},
-    {Msg::kStatsAllocFail, "getDataUsage: fail to memory alloc ", Context::kCall, false},
     {Msg::kStatsLength, "getDataUsage : response length is not right ", Context::kCall, true},
     {Msg::kTimeouts, "sendTimeoutValue: timeout tcp %d ,udp %d ", Context::kCall, true},
     {Msg::kProcOpenFail, "open proc (%s) item fail err: %d", Context::kCall, true},
@@ -208,6 +208,86 @@ bool beginsServiceMessage(const std::string& text) {
         if (c.pattern.beginsWith(text)) return true;
     }
     return false;
+}
+
+std::vector<Msg> messagesCutShort(const std::string& text) {
+    std::vector<Msg> out;
+    for (const Compiled& c : compiled()) {
+        if (c.pattern.isCutFrom(text)) out.push_back(c.entry->id);
+    }
+    return out;
+}
+
+std::optional<Msg> callOf(const ServiceMessage& message) {
+    static const std::pair<const char*, Msg> kOps[] = {
+            {"setUpstreamParameters", Msg::kUpstreamStart},
+            {"addDownstream", Msg::kAddStart},
+            {"removeDownstream", Msg::kRemoveStart},
+            {"stopOffload", Msg::kStopStart},
+            {"getForwardedStats", Msg::kStatsStart},
+            {"getDataUsage", Msg::kStatsStart},
+            {"setDataLimit", Msg::kLimitStart},
+            {"setDataWarningAndLimit", Msg::kWarningLimitStart},
+    };
+    switch (message.id) {
+        case Msg::kNotInitialised:
+        case Msg::kInvalidArgument:
+        case Msg::kQuotaEmptyName:
+        case Msg::kInvalidPrefix:
+        case Msg::kRequestOk:
+        case Msg::kRequestFail:
+            for (const auto& [op, call] : kOps) {
+                if (textField(message, 0) == op) return call;
+            }
+            return std::nullopt;
+        case Msg::kAllEmpty:
+        case Msg::kUpstreamActivated:
+        case Msg::kUpstreamDeactivated:
+        case Msg::kUpstreamEnd:
+            return Msg::kUpstreamStart;
+        case Msg::kActiveUsb:
+        case Msg::kActiveWifi:
+        case Msg::kNoActivated:
+        case Msg::kAddEnd:
+            return Msg::kAddStart;
+        case Msg::kRemoveDeactivated:
+        case Msg::kNoDeactivated:
+        case Msg::kRemoveEnd:
+            return Msg::kRemoveStart;
+        case Msg::kInitAlready:
+        case Msg::kInitAgain:
+        case Msg::kInitNoClient:
+        case Msg::kInitRegistered:
+        case Msg::kInitEnd:
+        case Msg::kRegister:
+        case Msg::kRegisterOverride:
+            return Msg::kInitStart;
+        case Msg::kStopNoClient:
+        case Msg::kStopDone:
+        case Msg::kUnregister:
+        case Msg::kUnregisterNone:
+            return Msg::kStopStart;
+        case Msg::kPrefixesNotInit:
+        case Msg::kPrefixesEmpty:
+        case Msg::kPrefixesInvalid:
+            return Msg::kPrefixesStart;
+        case Msg::kStatsNoClient:
+        case Msg::kStatsLength:
+            return Msg::kStatsStart;
+        default:
+            if (contextOf(message) == Context::kCallEntry) return message.id;
+            return std::nullopt;
+    }
+}
+
+std::vector<Msg> allMessages() {
+    std::vector<Msg> out;
+    for (const Entry& e : kEntries) out.push_back(e.id);
+    return out;
+}
+
+const char* formatOf(Msg id) {
+    return entryOf(id).format;
 }
 
 Context contextOf(const ServiceMessage& message) {

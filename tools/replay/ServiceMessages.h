@@ -34,6 +34,7 @@ enum class Msg {
     kThreadCreated,
     kThreadNameFail,
     kThreadCreateFail,
+    kThreadNoInstance,
     kThreadAgain,
     kSigpipeNotBlocked,
     kHalNotMade,
@@ -102,8 +103,6 @@ enum class Msg {
     kNoDevice,     // op
     kNoInstance,   // op
     kNullIface,    // op
-    kAllocFail,    // op
-    kStatsAllocFail,
     kStatsLength,
     kTimeouts,      // tcp, udp
     kProcOpenFail,  // proto, errno
@@ -155,6 +154,18 @@ std::optional<ServiceMessage> matchServiceMessage(const std::string& text);
 // Whether `text` can be the first line of a message of the service that logcat split because a
 // value held a newline.
 bool beginsServiceMessage(const std::string& text);
+
+// The messages `text` can be the beginning of when the line was cut short; none for a text the
+// service writes whole.
+std::vector<Msg> messagesCutShort(const std::string& text);
+
+// The call whose first line `message` is, or the call that writes it as a later line when only one
+// does (by its text or by the name of the operation it holds).
+std::optional<Msg> callOf(const ServiceMessage& message);
+
+// The catalogue: every message, and the format it is written with (without its final newline).
+std::vector<Msg> allMessages();
+const char* formatOf(Msg id);
 
 // Where a message belongs: what a replay makes of it depends on it.
 enum class Context {
