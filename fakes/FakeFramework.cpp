@@ -17,7 +17,9 @@
 #include "fakes/FakeFramework.h"
 
 #include <android/hardware/tetheroffload/control/1.1/ITetheringOffloadCallback.h>
+#include <fcntl.h>
 #include <hidl/Status.h>
+#include <unistd.h>
 #include <utils/Errors.h>
 
 #include <atomic>
@@ -91,6 +93,27 @@ sp<V1_0::ITetheringOffloadCallback> FakeFramework::makeCallback(Version version)
 
 void FakeFramework::setAlive(bool alive) {
     gAlive.store(alive);
+}
+
+FrameworkHandle::FrameworkHandle(int fds) {
+    if (fds == kNoHandle) return;
+    mNative = native_handle_create(fds, 0);
+    for (int i = 0; mNative != nullptr && i < fds; ++i) {
+        mNative->data[i] = open("/dev/null", O_RDWR | O_CLOEXEC);
+    }
+}
+
+FrameworkHandle::~FrameworkHandle() {
+    if (mNative == nullptr) return;
+    native_handle_close(mNative);
+    native_handle_delete(mNative);
+}
+
+bool FrameworkHandle::descriptorsOpen() const {
+    for (int i = 0; mNative != nullptr && i < mNative->numFds; ++i) {
+        if (fcntl(mNative->data[i], F_GETFD) == -1) return false;
+    }
+    return true;
 }
 
 }  // namespace fakes

@@ -21,6 +21,8 @@
 #pragma once
 
 #include <android/hardware/tetheroffload/control/1.0/ITetheringOffloadCallback.h>
+#include <cutils/native_handle.h>
+#include <hidl/HidlSupport.h>
 #include <utils/StrongPointer.h>
 
 namespace fakes {
@@ -34,6 +36,26 @@ public:
 
     // Alive until told otherwise.
     static void setAlive(bool alive);
+};
+
+// A handle as the framework hands its netlink sockets to setHandles: `fds` descriptors (on
+// /dev/null here), or no native handle at all. The service only borrows it; it is closed and freed
+// with this object.
+class FrameworkHandle {
+public:
+    static constexpr int kNoHandle = -1;
+
+    explicit FrameworkHandle(int fds = 1);
+    ~FrameworkHandle();
+    FrameworkHandle(const FrameworkHandle&) = delete;
+    FrameworkHandle& operator=(const FrameworkHandle&) = delete;
+
+    android::hardware::hidl_handle get() const { return android::hardware::hidl_handle(mNative); }
+    // Whether every descriptor is still open: the service must not close what it borrowed.
+    bool descriptorsOpen() const;
+
+private:
+    native_handle_t* mNative = nullptr;
 };
 
 }  // namespace fakes

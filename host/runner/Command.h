@@ -28,7 +28,7 @@ namespace hostrunner {
 
 // Framework calls. kNoHandle stands for `none`: no native handle at all.
 struct SetHandles {
-    static constexpr int kNoHandle = -1;
+    static constexpr int kNoHandle = -1;  // as fakes::FrameworkHandle takes it
     int fds1 = 0;
     int fds2 = 0;
 };

@@ -19,9 +19,6 @@
 #include <android/hardware/tetheroffload/config/1.0/IOffloadConfig.h>
 #include <android/hardware/tetheroffload/control/1.1/IOffloadControl.h>
 #include <android/log.h>
-#include <cutils/native_handle.h>
-#include <fcntl.h>
-#include <unistd.h>
 
 #include <cstdlib>
 #include <functional>
@@ -61,31 +58,6 @@ hidl_vec<hidl_string> strings(const std::vector<std::string>& words) {
     for (size_t i = 0; i < words.size(); ++i) out[i] = words[i];
     return out;
 }
-
-// A native handle of `fds` descriptors on /dev/null, as the framework hands its netlink sockets;
-// closed and freed when the call is over. kNoHandle gives no native handle at all.
-class FrameworkHandle {
-public:
-    explicit FrameworkHandle(int fds) {
-        if (fds == SetHandles::kNoHandle) return;
-        mHandle = native_handle_create(fds, 0);
-        for (int i = 0; mHandle != nullptr && i < fds; ++i) {
-            mHandle->data[i] = open("/dev/null", O_RDWR | O_CLOEXEC);
-        }
-    }
-    ~FrameworkHandle() {
-        if (mHandle == nullptr) return;
-        native_handle_close(mHandle);
-        native_handle_delete(mHandle);
-    }
-    FrameworkHandle(const FrameworkHandle&) = delete;
-    FrameworkHandle& operator=(const FrameworkHandle&) = delete;
-
-    hidl_handle handle() const { return hidl_handle(mHandle); }
-
-private:
-    native_handle_t* mHandle = nullptr;
-};
 
 sp<ITetheringOffloadCallback> callbackFor(InitOffload::Callback version) {
     switch (version) {
@@ -131,9 +103,9 @@ struct Caller {
     void operator()(const SetHandles& c) const {
         sp<IOffloadConfig> config = IOffloadConfig::getService("default");
         if (config == nullptr) noService(IOffloadConfig::descriptor);
-        FrameworkHandle fd1(c.fds1);
-        FrameworkHandle fd2(c.fds2);
-        config->setHandles(fd1.handle(), fd2.handle(), statusReply(name)).assertOk();
+        fakes::FrameworkHandle fd1(c.fds1);
+        fakes::FrameworkHandle fd2(c.fds2);
+        config->setHandles(fd1.get(), fd2.get(), statusReply(name)).assertOk();
     }
     void operator()(const InitOffload& c) const {
         control()->initOffload(callbackFor(c.callback), statusReply(name)).assertOk();

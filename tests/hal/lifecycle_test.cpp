@@ -29,11 +29,11 @@
 
 using fakes::FakeFramework;
 using fakes::FakeVexaDevice;
+using fakes::FrameworkHandle;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testsupport::Lines;
 using testsupport::Reply;
-using testsupport::TestHandle;
 
 namespace {
 
@@ -105,7 +105,7 @@ INSTANTIATE_TEST_SUITE_P(Sequences, LifecycleTest, testing::ValuesIn(kRows),
 using SetHandlesTest = testsupport::HalTest;
 
 TEST_F(SetHandlesTest, WantsOneDescriptorInEachHandleAndLooksAtFd1First) {
-    constexpr int kNone = TestHandle::kNoHandle;
+    constexpr int kNone = FrameworkHandle::kNoHandle;
     struct Case {
         int fd1;
         int fd2;
@@ -116,8 +116,8 @@ TEST_F(SetHandlesTest, WantsOneDescriptorInEachHandleAndLooksAtFd1First) {
     for (const Case& c : cases) {
         SCOPED_TRACE("fd1 " + std::to_string(c.fd1) + ", fd2 " + std::to_string(c.fd2));
         testsupport::observed().clear();
-        TestHandle fd1(c.fd1);
-        TestHandle fd2(c.fd2);
+        FrameworkHandle fd1(c.fd1);
+        FrameworkHandle fd2(c.fd2);
         const std::string fd = "fd" + std::to_string(c.empty) + " is empty";
         EXPECT_EQ(c.empty == 0 ? kOk : Reply(false, "fail ," + fd),
                   testsupport::replyOf([&](testsupport::ResultCallback r) {

@@ -46,7 +46,7 @@ TEST(MainTest, RegistersAndStartsTheEventThreadBeforeServingAndExitsWhenThePoolI
         sigpipeBlocked = sigismember(&mask, SIGPIPE) == 1;
         readerWaiting = fakes::FakeVexaDevice::instance().waitReaderBlocked();
         android::sp<IOffloadConfig> config = IOffloadConfig::getService();
-        testsupport::TestHandle one;
+        fakes::FrameworkHandle one;
         if (config == nullptr) return;
         served = testsupport::replyOf([&](testsupport::ResultCallback r) {
             return config->setHandles(one.get(), one.get(), r);

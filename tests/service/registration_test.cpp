@@ -141,7 +141,7 @@ TEST_F(RegistrationTest, BothInterfacesReachTheOneObject) {
     };
     EXPECT_EQ(Reply(true, "Successful"), init(control));
     EXPECT_EQ(Reply(false, "already  initialized"), init(sHal));
-    testsupport::TestHandle one;
+    fakes::FrameworkHandle one;
     EXPECT_EQ(Reply(true, "Successful"), testsupport::replyOf([&](ResultCallback r) {
                   return config->setHandles(one.get(), one.get(), r);
               }));

@@ -16,9 +16,7 @@
 
 #include "tests/support/TestSupport.h"
 
-#include <fcntl.h>
 #include <stdio.h>
-#include <unistd.h>
 
 #include <algorithm>
 
@@ -86,25 +84,6 @@ bool containsInOrder(const Lines& lines, const Lines& expected) {
         at = std::find(at, lines.end(), want);
         if (at == lines.end()) return false;
         ++at;
-    }
-    return true;
-}
-
-TestHandle::TestHandle(int fds) {
-    if (fds == kNoHandle) return;
-    mNative = native_handle_create(fds, 0);
-    for (int i = 0; i < fds; ++i) mNative->data[i] = open("/dev/null", O_RDONLY | O_CLOEXEC);
-}
-
-TestHandle::~TestHandle() {
-    if (mNative == nullptr) return;
-    native_handle_close(mNative);
-    native_handle_delete(mNative);
-}
-
-bool TestHandle::descriptorsOpen() const {
-    for (int i = 0; mNative != nullptr && i < mNative->numFds; ++i) {
-        if (fcntl(mNative->data[i], F_GETFD) == -1) return false;
     }
     return true;
 }

@@ -94,26 +94,6 @@ bool deliverReadFailure(int errnum);
 // True when `expected` occurs in `lines` in this order, other lines in between allowed.
 bool containsInOrder(const Lines& lines, const Lines& expected);
 
-// A handle carrying `fds` descriptors open on /dev/null; kNoHandle makes one without a native
-// handle. The descriptors are closed with it.
-class TestHandle {
-public:
-    static constexpr int kNoHandle = -1;
-    explicit TestHandle(int fds = 1);
-    ~TestHandle();
-    TestHandle(const TestHandle&) = delete;
-    TestHandle& operator=(const TestHandle&) = delete;
-
-    android::hardware::hidl_handle get() const { return android::hardware::hidl_handle(mNative); }
-    bool descriptorsOpen() const;
-
-private:
-    native_handle_t* mNative = nullptr;
-};
-
-// A fresh HAL object; the agent is up, standard error open, the framework alive, the device
-// answering and the conntrack timeouts fixed. The recorder starts empty. Offload is stopped
-// afterwards, so that no relay outlives the test.
 class HalTest : public ::testing::Test {
 protected:
     void SetUp() override;
