@@ -21,7 +21,6 @@
 #include <cctype>
 #include <cstdint>
 #include <functional>
-#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
@@ -69,23 +68,6 @@ std::vector<Record> awkwardRecords() {
         }
     }
     return records;
-}
-
-// nlohmann's ordered_json: a document for each record, then its compact dump.
-void nlohmannLine(const Record& record, std::string* out) {
-    using Json = nlohmann::ordered_json;
-    Json j = Json::object();
-    if (const auto* r = std::get_if<ReadRecord>(&record.body)) {
-        j["k"] = "read", j["t"] = record.tMicros, j["ret"] = r->ret, j["hex"] = toHex(r->bytes);
-    } else if (const auto* r = std::get_if<LogRecord>(&record.body)) {
-        j["k"] = "log", j["t"] = record.tMicros, j["prio"] = r->prio, j["tag"] = r->tag;
-        j["msg"] = r->msg, j["thread"] = r->thread;
-    } else if (const auto* r = std::get_if<CallbackRecord>(&record.body)) {
-        j["k"] = "callback", j["t"] = record.tMicros, j["op"] = r->op, j["event"] = r->event;
-        j["ok"] = r->ok;
-    }
-    out->append(j.dump(-1, ' ', false, Json::error_handler_t::replace));
-    out->push_back('\n');
 }
 
 #ifdef HAVE_RAPIDJSON
@@ -260,7 +242,6 @@ void formatEvents(benchmark::State& state, const Format& format, bool sameBytes)
 
 void registerJsonFormats() {
     benchmark::RegisterBenchmark("json/trace", formatEvents, Format(traceLine), false);
-    benchmark::RegisterBenchmark("json/nlohmann", formatEvents, Format(nlohmannLine), true);
 #ifdef HAVE_RAPIDJSON
     benchmark::RegisterBenchmark("json/rapidjson", formatEvents, Format(rapidjsonLine), true);
 #endif

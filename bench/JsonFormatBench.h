@@ -15,9 +15,9 @@
  */
 
 // The JSON Lines trace's formatting alone, as its writer thread does it: the five records of one
-// status event (a read, three log lines, a callback), formatted by the trace and by the other
-// packaged JSON libraries that could write it, each checked first to write the same bytes. The
-// baseline appends the same strings unescaped: the least any writer does.
+// status event (a read, three log lines, a callback), formatted by the trace (nlohmann's
+// ordered_json) and by RapidJSON's Writer, checked first to write the same bytes. The baseline
+// appends the same strings unescaped: the least any writer does.
 
 #pragma once
 

@@ -16,79 +16,75 @@
 
 #include "JsonTrace.h"
 
-#include "JsonWriter.h"
+#include <nlohmann/json.hpp>
+
 #include "VexaDecoder.h"
 
 namespace hostrunner {
 namespace {
 
 using hostplatform::AddrPort;
+using Json = nlohmann::ordered_json;  // keeps the fields in the order they are set
 
-void addrPort(JsonObject& j, const char* key, const AddrPort& ap) {
-    j.object(key).string("addr", ap.addr).number("port", ap.port).close();
+Json addrPort(const AddrPort& ap) {
+    Json j = Json::object();
+    j["addr"] = ap.addr, j["port"] = ap.port;
+    return j;
 }
 
 // The fields of each kind after `k` and `t`, in their order.
 struct Fields {
-    JsonObject& j;
+    Json& j;
 
     void operator()(const hostplatform::ThreadpoolRecord& r) {
-        j.number("max", r.max).boolean("callerWillJoin", r.callerWillJoin);
+        j["max"] = r.max, j["callerWillJoin"] = r.callerWillJoin;
     }
     void operator()(const hostplatform::RegisterRecord& r) {
-        j.string("interface", r.interface).string("name", r.name);
+        j["interface"] = r.interface, j["name"] = r.name;
     }
     void operator()(const hostplatform::LogRecord& r) {
-        j.number("prio", r.prio).string("tag", r.tag).string("msg", r.msg);
-        j.string("thread", r.thread);
+        j["prio"] = r.prio, j["tag"] = r.tag, j["msg"] = r.msg, j["thread"] = r.thread;
     }
     void operator()(const hostplatform::OpenRecord& r) {
-        j.string("path", r.path);
+        j["path"] = r.path;
         if (r.fd >= 0) {
-            j.number("fd", r.fd);
+            j["fd"] = r.fd;
         } else {
-            j.number("errno", r.errnum);
+            j["errno"] = r.errnum;
         }
     }
     void operator()(const hostplatform::IoctlRecord& r) {
-        j.number("fd", r.fd).number("req", r.req).string("hex", toHex(r.bytes));
-        j.number("ret", r.ret);
-        if (r.ret != 0) j.number("errno", r.errnum);
+        j["fd"] = r.fd, j["req"] = r.req, j["hex"] = toHex(r.bytes), j["ret"] = r.ret;
+        if (r.ret != 0) j["errno"] = r.errnum;
     }
     void operator()(const hostplatform::ReadRecord& r) {
-        j.number("ret", r.ret).string("hex", toHex(r.bytes));
-        if (r.ret < 0) j.number("errno", r.errnum);
+        j["ret"] = r.ret, j["hex"] = toHex(r.bytes);
+        if (r.ret < 0) j["errno"] = r.errnum;
     }
-    void operator()(const hostplatform::AgentRecord& r) {
-        j.string("cmd", r.cmd).boolean("ok", r.ok);
-    }
+    void operator()(const hostplatform::AgentRecord& r) { j["cmd"] = r.cmd, j["ok"] = r.ok; }
     void operator()(const hostplatform::CallbackRecord& r) {
-        j.string("op", r.op);
+        j["op"] = r.op;
         if (r.op == "updateTimeout") {
-            addrPort(j, "src", r.src);
-            addrPort(j, "dst", r.dst);
-            j.number("proto", r.proto);
+            j["src"] = addrPort(r.src), j["dst"] = addrPort(r.dst), j["proto"] = r.proto;
         } else {
-            j.number("event", r.event);
+            j["event"] = r.event;
         }
-        j.boolean("ok", r.ok);
+        j["ok"] = r.ok;
     }
     void operator()(const hostplatform::CallRecord& r) {
-        j.number("line", r.line).string("op", r.op).strings("args", r.args);
+        j["line"] = r.line, j["op"] = r.op, j["args"] = r.args;
     }
     void operator()(const hostplatform::ReplyRecord& r) {
-        j.string("op", r.op);
+        j["op"] = r.op;
         if (r.isStats) {
-            j.number("rx", r.rx).number("tx", r.tx);
+            j["rx"] = r.rx, j["tx"] = r.tx;
         } else {
-            j.boolean("ok", r.ok).string("msg", r.msg);
+            j["ok"] = r.ok, j["msg"] = r.msg;
         }
     }
-    void operator()(const hostplatform::ExitRecord& r) { j.number("status", r.status); }
-    void operator()(const hostplatform::ErrorRecord& r) {
-        j.number("line", r.line).string("msg", r.msg);
-    }
-    void operator()(const hostplatform::DumpRecord& r) { j.string("text", r.text); }
+    void operator()(const hostplatform::ExitRecord& r) { j["status"] = r.status; }
+    void operator()(const hostplatform::ErrorRecord& r) { j["line"] = r.line, j["msg"] = r.msg; }
+    void operator()(const hostplatform::DumpRecord& r) { j["text"] = r.text; }
 };
 
 struct Kind {
@@ -110,10 +106,11 @@ struct Kind {
 }  // namespace
 
 void appendJsonLine(const hostplatform::Record& record, std::string* out) {
-    JsonObject j(out);
-    j.string("k", std::visit(Kind{}, record.body)).number("t", record.tMicros);
+    Json j = Json::object();
+    j["k"] = std::visit(Kind{}, record.body), j["t"] = record.tMicros;
     std::visit(Fields{j}, record.body);
-    j.close();
+    // Bytes that are not UTF-8 become U+FFFD: the trace stays valid JSON whatever crossed.
+    out->append(j.dump(-1, ' ', false, Json::error_handler_t::replace));
 }
 
 std::string toJsonLine(const hostplatform::Record& record) {
