@@ -17,6 +17,7 @@
 #include "JsonTrace.h"
 
 #include <nlohmann/json.hpp>
+#include <utility>
 
 #include "VexaDecoder.h"
 
@@ -34,57 +35,63 @@ Json addrPort(const AddrPort& ap) {
 
 // The fields of each kind after `k` and `t`, in their order.
 struct Fields {
-    Json& j;
+    Json::object_t& fields;
+
+    template <typename Value>
+    Fields& add(const char* key, Value&& value) {
+        fields.emplace_back(key, std::forward<Value>(value));
+        return *this;
+    }
 
     void operator()(const hostplatform::ThreadpoolRecord& r) {
-        j["max"] = r.max, j["callerWillJoin"] = r.callerWillJoin;
+        add("max", r.max).add("callerWillJoin", r.callerWillJoin);
     }
     void operator()(const hostplatform::RegisterRecord& r) {
-        j["interface"] = r.interface, j["name"] = r.name;
+        add("interface", r.interface).add("name", r.name);
     }
     void operator()(const hostplatform::LogRecord& r) {
-        j["prio"] = r.prio, j["tag"] = r.tag, j["msg"] = r.msg, j["thread"] = r.thread;
+        add("prio", r.prio).add("tag", r.tag).add("msg", r.msg).add("thread", r.thread);
     }
     void operator()(const hostplatform::OpenRecord& r) {
-        j["path"] = r.path;
+        add("path", r.path);
         if (r.fd >= 0) {
-            j["fd"] = r.fd;
+            add("fd", r.fd);
         } else {
-            j["errno"] = r.errnum;
+            add("errno", r.errnum);
         }
     }
     void operator()(const hostplatform::IoctlRecord& r) {
-        j["fd"] = r.fd, j["req"] = r.req, j["hex"] = toHex(r.bytes), j["ret"] = r.ret;
-        if (r.ret != 0) j["errno"] = r.errnum;
+        add("fd", r.fd).add("req", r.req).add("hex", toHex(r.bytes)).add("ret", r.ret);
+        if (r.ret != 0) add("errno", r.errnum);
     }
     void operator()(const hostplatform::ReadRecord& r) {
-        j["ret"] = r.ret, j["hex"] = toHex(r.bytes);
-        if (r.ret < 0) j["errno"] = r.errnum;
+        add("ret", r.ret).add("hex", toHex(r.bytes));
+        if (r.ret < 0) add("errno", r.errnum);
     }
-    void operator()(const hostplatform::AgentRecord& r) { j["cmd"] = r.cmd, j["ok"] = r.ok; }
+    void operator()(const hostplatform::AgentRecord& r) { add("cmd", r.cmd).add("ok", r.ok); }
     void operator()(const hostplatform::CallbackRecord& r) {
-        j["op"] = r.op;
+        add("op", r.op);
         if (r.op == "updateTimeout") {
-            j["src"] = addrPort(r.src), j["dst"] = addrPort(r.dst), j["proto"] = r.proto;
+            add("src", addrPort(r.src)).add("dst", addrPort(r.dst)).add("proto", r.proto);
         } else {
-            j["event"] = r.event;
+            add("event", r.event);
         }
-        j["ok"] = r.ok;
+        add("ok", r.ok);
     }
     void operator()(const hostplatform::CallRecord& r) {
-        j["line"] = r.line, j["op"] = r.op, j["args"] = r.args;
+        add("line", r.line).add("op", r.op).add("args", r.args);
     }
     void operator()(const hostplatform::ReplyRecord& r) {
-        j["op"] = r.op;
+        add("op", r.op);
         if (r.isStats) {
-            j["rx"] = r.rx, j["tx"] = r.tx;
+            add("rx", r.rx).add("tx", r.tx);
         } else {
-            j["ok"] = r.ok, j["msg"] = r.msg;
+            add("ok", r.ok).add("msg", r.msg);
         }
     }
-    void operator()(const hostplatform::ExitRecord& r) { j["status"] = r.status; }
-    void operator()(const hostplatform::ErrorRecord& r) { j["line"] = r.line, j["msg"] = r.msg; }
-    void operator()(const hostplatform::DumpRecord& r) { j["text"] = r.text; }
+    void operator()(const hostplatform::ExitRecord& r) { add("status", r.status); }
+    void operator()(const hostplatform::ErrorRecord& r) { add("line", r.line).add("msg", r.msg); }
+    void operator()(const hostplatform::DumpRecord& r) { add("text", r.text); }
 };
 
 struct Kind {
@@ -106,12 +113,14 @@ struct Kind {
 }  // namespace
 
 void appendJsonLine(const hostplatform::Record& record, std::string* out) {
-    Json j = Json::object();
-    j.get_ref<Json::object_t&>().reserve(8);  // no kind has more fields: one allocation
-    j["k"] = std::visit(Kind{}, record.body), j["t"] = record.tMicros;
-    std::visit(Fields{j}, record.body);
+    // An ordered_json object is a vector of its fields: appending them skips the search for a
+    // field of the same name that operator[] makes, and their room is taken once.
+    Json::object_t fields;
+    fields.reserve(8);  // no kind has more
+    Fields{fields}.add("k", std::visit(Kind{}, record.body)).add("t", record.tMicros);
+    std::visit(Fields{fields}, record.body);
     // Bytes that are not UTF-8 become U+FFFD: the trace stays valid JSON whatever crossed.
-    out->append(j.dump(-1, ' ', false, Json::error_handler_t::replace));
+    out->append(Json(std::move(fields)).dump(-1, ' ', false, Json::error_handler_t::replace));
 }
 
 std::string toJsonLine(const hostplatform::Record& record) {
