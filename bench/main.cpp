@@ -15,8 +15,8 @@
  */
 
 // The benchmark program: the service's event path, its calls and one USB activation in this
-// process, then the host executable end to end. scripts/bench.sh runs it; the summary at the end
-// puts each figure beside its baseline.
+// process, then the host executable end to end and the JSON formatting of its trace.
+// scripts/bench.sh runs it; the summary at the end puts each figure beside its baseline.
 
 #include <benchmark/benchmark.h>
 
@@ -25,6 +25,7 @@
 #include "CallBench.h"
 #include "EventPathBench.h"
 #include "HostRunBench.h"
+#include "JsonFormatBench.h"
 #include "Summary.h"
 
 int main(int argc, char** argv) {
@@ -34,6 +35,7 @@ int main(int argc, char** argv) {
     bench::registerCalls();
     bench::registerActivation();
     bench::registerHostRuns();
+    bench::registerJsonFormats();
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
     const std::string loadBefore = bench::loadAverages();

@@ -4,7 +4,7 @@ TETHEROFFLOAD_PACKAGES=(
     libgtest-dev libgmock-dev
     android-liblog-dev android-libutils-dev android-libcutils-dev
     nlohmann-json3-dev libedit-dev
-    libbenchmark-dev libzip-dev
+    libbenchmark-dev rapidjson-dev libzip-dev
 )
 
 install_missing_packages() {

@@ -16,79 +16,82 @@
 
 #include "JsonTrace.h"
 
-#include "JsonWriter.h"
+#include <nlohmann/json.hpp>
+#include <utility>
+
 #include "VexaDecoder.h"
 
 namespace hostrunner {
 namespace {
 
 using hostplatform::AddrPort;
+using Json = nlohmann::ordered_json;  // keeps the fields in the order they are set
 
-void addrPort(JsonObject& j, const char* key, const AddrPort& ap) {
-    j.object(key).string("addr", ap.addr).number("port", ap.port).close();
+Json addrPort(const AddrPort& ap) {
+    Json j = Json::object();
+    j["addr"] = ap.addr, j["port"] = ap.port;
+    return j;
 }
 
 // The fields of each kind after `k` and `t`, in their order.
 struct Fields {
-    JsonObject& j;
+    Json::object_t& fields;
+
+    template <typename Value>
+    Fields& add(const char* key, Value&& value) {
+        fields.emplace_back(key, std::forward<Value>(value));
+        return *this;
+    }
 
     void operator()(const hostplatform::ThreadpoolRecord& r) {
-        j.number("max", r.max).boolean("callerWillJoin", r.callerWillJoin);
+        add("max", r.max).add("callerWillJoin", r.callerWillJoin);
     }
     void operator()(const hostplatform::RegisterRecord& r) {
-        j.string("interface", r.interface).string("name", r.name);
+        add("interface", r.interface).add("name", r.name);
     }
     void operator()(const hostplatform::LogRecord& r) {
-        j.number("prio", r.prio).string("tag", r.tag).string("msg", r.msg);
-        j.string("thread", r.thread);
+        add("prio", r.prio).add("tag", r.tag).add("msg", r.msg).add("thread", r.thread);
     }
     void operator()(const hostplatform::OpenRecord& r) {
-        j.string("path", r.path);
+        add("path", r.path);
         if (r.fd >= 0) {
-            j.number("fd", r.fd);
+            add("fd", r.fd);
         } else {
-            j.number("errno", r.errnum);
+            add("errno", r.errnum);
         }
     }
     void operator()(const hostplatform::IoctlRecord& r) {
-        j.number("fd", r.fd).number("req", r.req).string("hex", toHex(r.bytes));
-        j.number("ret", r.ret);
-        if (r.ret != 0) j.number("errno", r.errnum);
+        add("fd", r.fd).add("req", r.req).add("hex", toHex(r.bytes)).add("ret", r.ret);
+        if (r.ret != 0) add("errno", r.errnum);
     }
     void operator()(const hostplatform::ReadRecord& r) {
-        j.number("ret", r.ret).string("hex", toHex(r.bytes));
-        if (r.ret < 0) j.number("errno", r.errnum);
+        add("ret", r.ret).add("hex", toHex(r.bytes));
+        if (r.ret < 0) add("errno", r.errnum);
     }
-    void operator()(const hostplatform::AgentRecord& r) {
-        j.string("cmd", r.cmd).boolean("ok", r.ok);
-    }
+    void operator()(const hostplatform::AgentRecord& r) { add("cmd", r.cmd).add("ok", r.ok); }
     void operator()(const hostplatform::CallbackRecord& r) {
-        j.string("op", r.op);
+        add("op", r.op);
         if (r.op == "updateTimeout") {
-            addrPort(j, "src", r.src);
-            addrPort(j, "dst", r.dst);
-            j.number("proto", r.proto);
+            add("src", addrPort(r.src)).add("dst", addrPort(r.dst)).add("proto", r.proto);
         } else {
-            j.number("event", r.event);
+            add("event", r.event);
         }
-        j.boolean("ok", r.ok);
+        add("ok", r.ok);
     }
     void operator()(const hostplatform::CallRecord& r) {
-        j.number("line", r.line).string("op", r.op).strings("args", r.args);
+        add("line", r.line).add("op", r.op).add("args", r.args);
     }
     void operator()(const hostplatform::ReplyRecord& r) {
-        j.string("op", r.op);
+        add("op", r.op);
         if (r.isStats) {
-            j.number("rx", r.rx).number("tx", r.tx);
+            add("rx", r.rx).add("tx", r.tx);
         } else {
-            j.boolean("ok", r.ok).string("msg", r.msg);
+            add("ok", r.ok).add("msg", r.msg);
         }
     }
-    void operator()(const hostplatform::ExitRecord& r) { j.number("status", r.status); }
-    void operator()(const hostplatform::ErrorRecord& r) {
-        j.number("line", r.line).string("msg", r.msg);
-    }
-    void operator()(const hostplatform::DumpRecord& r) { j.string("text", r.text); }
+    void operator()(const hostplatform::ExitRecord& r) { add("status", r.status); }
+    void operator()(const hostplatform::ErrorRecord& r) { add("line", r.line).add("msg", r.msg); }
+    void operator()(const hostplatform::DumpRecord& r) { add("text", r.text); }
 };
 
 struct Kind {
@@ -110,10 +113,14 @@ struct Kind {
 }  // namespace
 
 void appendJsonLine(const hostplatform::Record& record, std::string* out) {
-    JsonObject j(out);
-    j.string("k", std::visit(Kind{}, record.body)).number("t", record.tMicros);
-    std::visit(Fields{j}, record.body);
-    j.close();
+    // An ordered_json object is a vector of its fields: appending them skips the search for a
+    // field of the same name that operator[] makes, and their room is taken once.
+    Json::object_t fields;
+    fields.reserve(8);  // no kind has more
+    Fields{fields}.add("k", std::visit(Kind{}, record.body)).add("t", record.tMicros);
+    std::visit(Fields{fields}, record.body);
+    // Bytes that are not UTF-8 become U+FFFD: the trace stays valid JSON whatever crossed.
+    out->append(Json(std::move(fields)).dump(-1, ' ', false, Json::error_handler_t::replace));
 }
 
 std::string toJsonLine(const hostplatform::Record& record) {
