@@ -304,7 +304,7 @@ const std::map<std::string, Parser>& parsers() {
 
 std::string parseCommand(const Word& name, const std::vector<Word>& args, CommandBody* out) {
     auto it = name.quoted ? parsers().end() : parsers().find(name.text);
-    if (it == parsers().end()) return "unknown command '" + name.text + "'";
+    if (it == parsers().end()) return "unknown command '" + excerpt(name.text) + "'";
     Checker checker(name.text);
     CommandBody body = it->second(args, &checker);
     if (!checker.ok()) return checker.error();

@@ -115,8 +115,15 @@ void installTrace(TraceFormat format, bool interactive) {
 void runScript() {
     waitForEventThread();
     ScriptRunner runner;
-    gScript->run([&runner](const Command& command) { runner.run(command); });
+    const std::string error =
+            gScript->run([&runner](const Command& command) { runner.run(command); });
     runner.finish();
+    // The rest of the script was not run: that is no success.
+    if (!error.empty()) {
+        fprintf(stderr, "%s\n", error.c_str());
+        fflush(stderr);
+        exit(2);
+    }
 }
 
 void runConsole() {

@@ -81,12 +81,30 @@ TEST(ScenarioLineTest, WordsQuotesEscapesNumbersAndComments) {
              "setDataLimit|wanif0|0xffffffffffffffff =18446744073709551615"},
     };
     for (const auto& [line, expected] : cases) EXPECT_EQ(expected, reading(line)) << line;
-    for (const char* bad :
-         {"18446744073709551616", "0x10000000000000000", "0x", "-1", "12a", "0x1g", " 1", "1.5"}) {
+    for (const char* bad : {"0x", "-1", "12a", "0x1g", " 1", "1.5", "99999999999999999999x"}) {
         EXPECT_EQ("error: setDataLimit: malformed number '" + std::string(bad) + "'",
                   reading("setDataLimit wanif0 \"" + std::string(bad) + "\""));
     }
+    for (const char* tooLarge : {"18446744073709551616", "0x10000000000000000"}) {
+        EXPECT_EQ("error: setDataLimit: number " + std::string(tooLarge) +
+                          " out of range (at most 18446744073709551615)",
+                  reading("setDataLimit wanif0 " + std::string(tooLarge)));
+    }
     EXPECT_EQ("error: setHandles: number 3 out of range (at most 2)", reading("setHandles 1 3"));
+    EXPECT_EQ("error: modem readfail: errno 4096 out of range (1 to 4095)",
+              reading("modem readfail 4096"));
+}
+
+TEST(ScenarioLineTest, MessagesShowAShortExcerptOfTheWordWithOddBytesEscaped) {
+    const std::string digits(100, '9');
+    EXPECT_EQ("error: wait: number " + digits.substr(0, 40) + "... out of range (at most 3600000)",
+              reading("wait " + digits));
+    EXPECT_EQ("error: wait: malformed number '1\\x01\\x7F'", reading("wait 1\x01\x7f"));
+    EXPECT_EQ("error: unknown command '\\xEF\\xBB\\xBFwait'", reading("\xEF\xBB\xBFwait 1"));
+    EXPECT_EQ("error: unknown escape \\\\x00", reading(std::string("prop a \"\\\0\"", 11)));
+    const std::string longest = "prop a " + std::string(kMaxLineBytes - 7, 'x');
+    EXPECT_EQ("prop|a|" + longest.substr(7), reading(longest));
+    EXPECT_EQ("error: line too long (more than 65536 bytes)", reading(longest + "x"));
     EXPECT_EQ("error: help: only in the console", reading("help"));
     EXPECT_EQ("dump", reading("dump  # the state"));
     EXPECT_EQ("error: dump: expected 0 arguments, got 1", reading("dump all"));
