@@ -75,7 +75,9 @@ TraceWriter::Format formatFor(TraceFormat format) {
     // Never destroyed: the event thread may still record while the process exits.
     auto* trace = new TextTrace(isatty(STDOUT_FILENO) == 1);
     return [trace](const Record& r, std::string* out) {
-        out->append(trace->format(r));
+        const std::string lines = trace->format(r);
+        if (lines.empty()) return;  // a console error, shown on standard error
+        out->append(lines);
         out->push_back('\n');
     };
 }

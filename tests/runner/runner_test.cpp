@@ -126,7 +126,7 @@ Record at(int64_t t, RecordBody body) {
     return Record{t, std::move(body)};
 }
 
-TEST(TextTraceTest, WritesOneReadableLinePerRecord) {
+TEST(TextTraceTest, ShowsEachRecordAsPeopleReadIt) {
     CallbackRecord timeout{"updateTimeout", 0, {"192.168.43.2", 80}, {"8.8.8.8", 53}, 6, false};
     ReplyRecord stats{"getForwardedStats", true, "", true, 1, 2};
     const Bytes enable = {0x54, 0x24, 2, 0, 0xff, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0};
@@ -134,8 +134,10 @@ TEST(TextTraceTest, WritesOneReadableLinePerRecord) {
     event[0] = 0x54, event[1] = 0x24, event[2] = 7;
     const std::pair<RecordBody, std::string> cases[] = {
             {RegisterRecord{"a@1.0::I", "default"}, "register          a@1.0::I as \"default\""},
-            {LogRecord{6, "TetherOffload", "created\tthread\n", "HandleEvent"},
-             "[HandleEvent]     E TetherOffload: created\\tthread\\n"},
+            {LogRecord{6, "TetherOffload", "created\tthread\x1b\n", "HandleEvent"},
+             "[HandleEvent]     E TetherOffload: created\tthread\\x1b"},
+            {LogRecord{4, "T", "wan\nif0 \n", "main"},
+             "[main]            I T: wan\n   1.234567 [main]            I T: if0 "},
             {OpenRecord{"/dev/vexa", -1, ENOENT}, "open              /dev/vexa -> ENOENT"},
             {IoctlRecord{3, 0, enable, -1, EIO},
              "ioctl             fd 3 req 0 ENABLE app=ALL len=0 -> -1 EIO  "
@@ -155,13 +157,14 @@ TEST(TextTraceTest, WritesOneReadableLinePerRecord) {
              "reply             <-- 12: addDownstream true \"Successful\\n\""},
             {stats, "reply             <-- 12: getForwardedStats rx=1 tx=2"},
             {ExitRecord{0}, "exit              status 0"},
-            {ErrorRecord{3, "oops"}, "error             line 3: oops"},
-            {DumpRecord{"a: \"\"\n"}, "dump              \"a: \\\"\\\"\\n\""},
+            {DumpRecord{"Hal\n  a: \"\"\n"},
+             "dump              Hal\n                                a: \"\""},
     };
     TextTrace trace(false);
     for (const auto& [body, text] : cases) {
         EXPECT_EQ("   1.234567 " + text, trace.format(at(1234567, body)));
     }
+    EXPECT_EQ("", trace.format(at(0, ErrorRecord{3, "oops"}))) << "the console shows it";
     const std::string coloured = TextTrace(true).format(at(0, LogRecord{6, "T", "x", "main"}));
     EXPECT_NE(std::string::npos, coloured.find("\033[31mE T: x\033[0m")) << coloured;
 }
