@@ -312,4 +312,16 @@ std::string parseCommand(const Word& name, const std::vector<Word>& args, Comman
     return "";
 }
 
+std::vector<std::string> commandNames() {
+    std::vector<std::string> names;
+    for (const auto& entry : parsers()) names.push_back(entry.first);
+    return names;
+}
+
+std::vector<std::string> eventStatusNames() {
+    std::vector<std::string> names;
+    for (const EventName& e : kEventNames) names.push_back(e.name);
+    return names;
+}
+
 }  // namespace hostrunner

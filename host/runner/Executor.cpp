@@ -24,6 +24,7 @@
 #include <thread>
 
 #include "FrameworkCalls.h"
+#include "Interrupt.h"
 #include "StateDump.h"
 #include "hostplatform/FakeAgent.h"
 #include "hostplatform/Framework.h"
@@ -97,7 +98,7 @@ struct WorldChange {
     }
     void operator()(const Stderr& c) const { hostplatform::StandardError::setClosed(c.closed); }
     void operator()(const Wait& c) const {
-        std::this_thread::sleep_for(std::chrono::milliseconds(c.millis));
+        interruptibleSleep(std::chrono::milliseconds(c.millis));
     }
     // Applied before main started.
     void operator()(const DeviceAbsent&) const {}

@@ -30,7 +30,9 @@
 
 #include "Arguments.h"
 #include "Console.h"
+#include "EditLineReader.h"
 #include "Executor.h"
+#include "Interrupt.h"
 #include "JsonTrace.h"
 #include "LogcatTrace.h"
 #include "ScriptFile.h"
@@ -130,6 +132,7 @@ void runScript() {
 
 void runConsole() {
     waitForEventThread();
+    catchInterrupts();
     EditLineReader reader("offload> ");
     Console(&reader, stdout, stderr).run();
 }

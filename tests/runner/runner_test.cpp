@@ -266,14 +266,15 @@ TEST(ReplyCheckDeathTest, EndsTheProcessWhenTheStubRulesAreBroken) {
     for (const auto& [body, message] : cases) EXPECT_DEATH(body(), message);
 }
 
+// Lines as typed; "^C" stands for a line abandoned by Ctrl-C.
 class ScriptedLines : public LineReader {
 public:
     explicit ScriptedLines(std::deque<std::string> lines) : mLines(std::move(lines)) {}
-    bool readLine(std::string* line) override {
-        if (mLines.empty()) return false;
+    Input readLine(std::string* line) override {
+        if (mLines.empty()) return Input::kEnd;
         *line = mLines.front();
         mLines.pop_front();
-        return true;
+        return *line == "^C" ? Input::kInterrupted : Input::kLine;
     }
     std::deque<std::string> mLines;
 };
@@ -291,14 +292,17 @@ TEST(ConsoleTest, ReportsBadLinesAndGoesOnUntilQuit) {
     FILE* out = tmpfile();
     FILE* err = tmpfile();
     ScriptedLines lines(
-            {"# comment", "launch", "help", "device absent", "wait 0", "quit", "wait 0"});
+            {"# comment", "^C", "launch", "help", "device absent", "wait 0", "quit", "wait 0"});
     Console(&lines, out, err).run();
     EXPECT_EQ(1u, lines.mLines.size()) << "read on after quit";
-    EXPECT_EQ(helpText(), contents(out));
+    EXPECT_EQ(std::string("Type help for the commands; quit or Ctrl-D ends the session.\n") +
+                      helpText(),
+              contents(out));
     EXPECT_EQ(
             "<stdin>:2: unknown command 'launch'\n"
             "<stdin>:4: device absent: only at the start of a script\n",
-            contents(err));
+            contents(err))
+            << "an abandoned line has no number";
     const std::vector<ErrorRecord> errors = testsupport::recorded().all<ErrorRecord>();
     ASSERT_EQ(2u, errors.size());
     EXPECT_EQ(4, errors[1].line);
