@@ -25,6 +25,7 @@
 #include <algorithm>
 #include <atomic>
 #include <climits>
+#include <cstdint>
 #include <thread>
 
 namespace hostrunner {
@@ -52,7 +53,7 @@ bool catchInterrupts() {
     struct sigaction action = {};
     action.sa_handler = onInterrupt;
     sigemptyset(&action.sa_mask);
-    action.sa_flags = SA_RESTART;
+    action.sa_flags = SA_RESTART;  // the service's own calls on other threads go on
     return sigaction(SIGINT, &action, nullptr) == 0;
 }
 
@@ -71,7 +72,10 @@ bool takeInterrupt() {
 
 void interruptibleSleep(std::chrono::milliseconds duration) {
     const int fd = gReadEnd.load();
-    if (fd < 0) return std::this_thread::sleep_for(duration);
+    if (fd < 0) {
+        std::this_thread::sleep_for(duration);
+        return;
+    }
     using Clock = std::chrono::steady_clock;
     const Clock::time_point deadline = Clock::now() + duration;
     for (;;) {
@@ -81,7 +85,10 @@ void interruptibleSleep(std::chrono::milliseconds duration) {
         const int ready =
                 poll(&pending, 1, static_cast<int>(std::min<int64_t>(left.count(), INT_MAX)));
         if (ready > 0) return;
-        if (ready < 0 && errno != EINTR) return std::this_thread::sleep_for(left);
+        if (ready < 0 && errno != EINTR) {
+            std::this_thread::sleep_for(left);
+            return;
+        }
     }
 }
 
