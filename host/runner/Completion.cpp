@@ -45,7 +45,6 @@ Names candidatesAfter(const std::vector<Word>& words) {
     if (command == "agent" && place == 1) return withBlank({"up", "absent", "failing"});
     if (command == "framework" && place == 1) return withBlank({"alive", "dead"});
     if (command == "stderr" && place == 1) return withBlank({"closed", "open"});
-    if (command == "device" && place == 1) return withBlank({"absent"});
     if (command == "proc" && place == 1) return withBlank({"tcp", "udp"});
     if (command == "proc" && place == 2) return withBlank({"absent"});
     if (command != "modem") return {};

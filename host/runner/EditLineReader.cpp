@@ -25,10 +25,12 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <new>
 #include <vector>
 
 #include "Completion.h"
 #include "Interrupt.h"
+#include "ScenarioParser.h"
 
 namespace hostrunner {
 namespace {
@@ -71,17 +73,25 @@ int readKey(FILE* in) {
     }
 }
 
-// The candidates of the completion under way, handed to libedit one by one.
-std::vector<std::string> gCandidates;
+// The candidates of the completion under way, handed to libedit one by one. Never destroyed.
+std::vector<std::string>& candidates() {
+    static auto* list = new std::vector<std::string>();
+    return *list;
+}
 
 char* nextCandidate(const char*, int index) {
     const size_t i = static_cast<size_t>(index);
-    return i < gCandidates.size() ? strdup(gCandidates[i].c_str()) : nullptr;
+    return i < candidates().size() ? strdup(candidates()[i].c_str()) : nullptr;
 }
 
+// Called by libedit, which no exception may cross.
 char** complete(const char* word, int start, int) {
     rl_attempted_completion_over = 1;  // never file names
-    gCandidates = completions(std::string(rl_line_buffer, static_cast<size_t>(start)), word);
+    try {
+        candidates() = completions(std::string(rl_line_buffer, static_cast<size_t>(start)), word);
+    } catch (const std::bad_alloc&) {
+        candidates().clear();
+    }
     return rl_completion_matches(word, nextCandidate);
 }
 
@@ -114,9 +124,10 @@ LineReader::Input EditLineReader::readLine(std::string* line) {
         fflush(stdout);
         return Input::kEnd;
     }
-    *line = text;
+    // One byte past the limit is enough for the parser to call the line too long.
+    line->assign(text, strnlen(text, kMaxLineBytes + 1));
     free(text);
-    if (!line->empty()) {
+    if (!line->empty() && line->size() <= kMaxLineBytes) {
         add_history(line->c_str());
         // Written at once, so that a session that ends badly keeps its lines too.
         if (!mHistoryPath.empty()) write_history(mHistoryPath.c_str());
