@@ -55,6 +55,10 @@ void makeFoldersFor(const std::string& path) {
     }
 }
 
+// Whether readKey ended the line for a Ctrl-C. A Ctrl-C that comes once the line is complete is
+// for the command it holds, and stays pending. Keys are read on the console's thread alone.
+bool gLineInterrupted = false;
+
 // libedit's source of keys: a byte from the terminal, or -1, which ends the line, at the end of
 // input or at a Ctrl-C.
 int readKey(FILE* in) {
@@ -64,7 +68,10 @@ int readKey(FILE* in) {
             if (errno == EINTR) continue;
             return -1;
         }
-        if (fds[1].revents != 0) return -1;
+        if (fds[1].revents != 0) {
+            gLineInterrupted = true;
+            return -1;
+        }
         unsigned char key;
         const ssize_t n = read(fds[0].fd, &key, 1);
         if (n == 1) return key;
@@ -112,8 +119,10 @@ EditLineReader::EditLineReader(std::string prompt)
 }
 
 LineReader::Input EditLineReader::readLine(std::string* line) {
+    gLineInterrupted = false;
     char* text = readline(mPrompt.c_str());
-    if (takeInterrupt()) {
+    if (gLineInterrupted) {
+        takeInterrupt();
         free(text);
         fputs("^C\n", stdout);
         fflush(stdout);
