@@ -24,6 +24,7 @@
 #include <signal.h>
 #include <stdlib.h>
 #include <sys/wait.h>
+#include <termios.h>
 #include <unistd.h>
 
 #include <chrono>
@@ -82,10 +83,23 @@ public:
         }
     }
 
+    // Reads on until the next prompt, and waits until the console reads keys: libedit shows the
+    // prompt before it leaves the terminal's line mode, where a Ctrl-D would be lost.
+    bool prompted() {
+        if (!expect(kPrompt)) return false;
+        const Clock::time_point deadline = Clock::now() + kDeadline;
+        termios modes;
+        while (tcgetattr(mMaster, &modes) == 0 && (modes.c_lflag & ICANON) != 0) {
+            if (Clock::now() > deadline) return false;
+            std::this_thread::sleep_for(1ms);
+        }
+        return true;
+    }
+
     // Types `keys`, and reads on until `shows` and then the next prompt show.
     bool answers(const std::string& keys, const std::string& shows) {
         type(keys);
-        return expect(shows) && expect(kPrompt);
+        return expect(shows) && prompted();
     }
 
     // The exit status once the program has ended, or -1 when it did not by the deadline.
@@ -131,7 +145,7 @@ TEST(ConsoleTest, CompletesInterruptsEndsAndKeepsItsHistory) {
     const std::string stateHome = scenariotest::scratch("state/not/made/yet");
     {
         Terminal console(stateHome);
-        ASSERT_TRUE(console.expect("Type help for the commands") && console.expect(kPrompt))
+        ASSERT_TRUE(console.expect("Type help for the commands") && console.prompted())
                 << console.rest();
         // Tab completes a command, a keyword and an event status: modem event STARTED.
         ASSERT_TRUE(console.answers("mo\te\tSTA\t\r", "16 bytes")) << console.rest();
@@ -160,7 +174,7 @@ TEST(ConsoleTest, CompletesInterruptsEndsAndKeepsItsHistory) {
               scenariotest::readFile(stateHome + "/tetheroffload/history").find("stopOffload"));
     {
         Terminal console(stateHome);
-        ASSERT_TRUE(console.expect(kPrompt)) << console.rest();
+        ASSERT_TRUE(console.prompted()) << console.rest();
         // Ctrl-P: the line before, from the session before.
         ASSERT_TRUE(console.answers("\x10\r", "--> 1: stopOffload")) << console.rest();
         console.type("quit\r");
