@@ -16,8 +16,6 @@
 
 #include "Checker.h"
 
-#include <limits>
-
 #include "Values.h"
 
 namespace hostrunner {
@@ -51,32 +49,44 @@ bool Checker::count(const std::vector<Word>& words, size_t min, size_t max) {
 
 uint64_t Checker::number(const std::string& text, uint64_t max) {
     uint64_t value = 0;
-    if (!parseNumber(text, std::numeric_limits<uint64_t>::max(), &value)) {
-        fail("malformed number '" + text + "'");
-        return 0;
+    switch (parseNumber(text, max, &value)) {
+        case NumberRead::kOk:
+            return value;
+        case NumberRead::kMalformed:
+            fail("malformed number '" + excerpt(text) + "'");
+            break;
+        case NumberRead::kOutOfRange:
+            fail("number " + excerpt(text) + " out of range (at most " + std::to_string(max) + ")");
+            break;
     }
-    if (value > max) {
-        fail("number " + text + " out of range (at most " + std::to_string(max) + ")");
-        return 0;
-    }
-    return value;
+    return 0;
 }
 
 int Checker::errnum(const std::string& text) {
     int value = 0;
-    if (!parseErrno(text, &value)) fail("malformed errno '" + text + "'");
+    switch (parseErrno(text, &value)) {
+        case NumberRead::kOk:
+            break;
+        case NumberRead::kMalformed:
+            fail("malformed errno '" + excerpt(text) + "'");
+            break;
+        case NumberRead::kOutOfRange:
+            fail("errno " + excerpt(text) + " out of range (1 to " + std::to_string(kMaxErrno) +
+                 ")");
+            break;
+    }
     return value;
 }
 
 std::array<uint8_t, 4> Checker::ipv4(const std::string& text) {
     std::array<uint8_t, 4> addr{};
-    if (!parseIpv4(text, &addr)) fail("malformed address '" + text + "'");
+    if (!parseIpv4(text, &addr)) fail("malformed address '" + excerpt(text) + "'");
     return addr;
 }
 
 std::vector<uint8_t> Checker::hex(const std::string& text) {
     std::vector<uint8_t> bytes;
-    if (!parseHexBytes(text, &bytes)) fail("malformed hex string '" + text + "'");
+    if (!parseHexBytes(text, &bytes)) fail("malformed hex string '" + excerpt(text) + "'");
     return bytes;
 }
 
@@ -88,7 +98,7 @@ size_t Checker::choice(const std::string& text, std::initializer_list<const char
         list += (index == 0 ? "" : index + 1 == choices.size() ? " or " : ", ") + std::string(c);
         ++index;
     }
-    fail("expected " + list + ", got '" + text + "'");
+    fail("expected " + list + ", got '" + excerpt(text) + "'");
     return 0;
 }
 
@@ -100,9 +110,9 @@ std::map<std::string, std::string> Checker::options(const std::vector<Word>& wor
         size_t eq = word.find('=');
         std::string key = word.substr(0, eq);
         if (eq == std::string::npos || allowed.count(key) == 0) {
-            fail("unknown option '" + word + "'");
+            fail("unknown option '" + excerpt(word) + "'");
         } else if (!found.emplace(key, word.substr(eq + 1)).second) {
-            fail("option " + key + "= given twice");
+            fail("option " + excerpt(key) + "= given twice");
         }
     }
     return found;

@@ -304,12 +304,24 @@ const std::map<std::string, Parser>& parsers() {
 
 std::string parseCommand(const Word& name, const std::vector<Word>& args, CommandBody* out) {
     auto it = name.quoted ? parsers().end() : parsers().find(name.text);
-    if (it == parsers().end()) return "unknown command '" + name.text + "'";
+    if (it == parsers().end()) return "unknown command '" + excerpt(name.text) + "'";
     Checker checker(name.text);
     CommandBody body = it->second(args, &checker);
     if (!checker.ok()) return checker.error();
     *out = body;
     return "";
+}
+
+std::vector<std::string> commandNames() {
+    std::vector<std::string> names;
+    for (const auto& entry : parsers()) names.push_back(entry.first);
+    return names;
+}
+
+std::vector<std::string> eventStatusNames() {
+    std::vector<std::string> names;
+    for (const EventName& e : kEventNames) names.push_back(e.name);
+    return names;
 }
 
 }  // namespace hostrunner

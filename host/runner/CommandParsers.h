@@ -29,4 +29,9 @@ namespace hostrunner {
 // Returns "" and fills `out`, or returns what is wrong.
 std::string parseCommand(const Word& name, const std::vector<Word>& args, CommandBody* out);
 
+// The names the parser knows, for completion on the console: every command, and the event
+// statuses that `modem event` takes by name.
+std::vector<std::string> commandNames();
+std::vector<std::string> eventStatusNames();
+
 }  // namespace hostrunner

@@ -16,24 +16,12 @@
 
 #include "Console.h"
 
-#include <editline/readline.h>
-
-#include <cstdlib>
-
 #include "Executor.h"
+#include "Interrupt.h"
 #include "ScenarioParser.h"
 #include "hostplatform/Recorder.h"
 
 namespace hostrunner {
-
-bool EditLineReader::readLine(std::string* line) {
-    char* text = readline(mPrompt.c_str());
-    if (text == nullptr) return false;
-    *line = text;
-    if (*text != '\0') add_history(text);
-    free(text);
-    return true;
-}
 
 const char* helpText() {
     return "Framework calls:\n"
@@ -73,8 +61,15 @@ const char* helpText() {
 }
 
 void Console::run() {
+    fputs("Type help for the commands; quit or Ctrl-D ends the session.\n", mOut);
+    fflush(mOut);
     std::string text;
-    for (int line = 1; mReader->readLine(&text); ++line) {
+    int line = 0;
+    for (;;) {
+        const LineReader::Input input = mReader->readLine(&text);
+        if (input == LineReader::Input::kEnd) return;
+        if (input == LineReader::Input::kInterrupted) continue;
+        ++line;
         LineResult parsed = parseLine(text, line, Source::kConsole);
         if (!parsed.error.empty()) {
             reject(line, parsed.error);
@@ -90,6 +85,11 @@ void Console::run() {
             reject(line, "device absent: only at the start of a script");
         } else {
             execute(parsed.command);
+        }
+        // A Ctrl-C that ended a wait, or came while a call ran: the prompt goes on a new line.
+        if (takeInterrupt()) {
+            fputc('\n', mOut);
+            fflush(mOut);
         }
     }
 }

@@ -14,8 +14,8 @@
  * limitations under the License.
  */
 
-// The interactive session: reads lines from a terminal with editing and history, runs each as it
-// comes, reports a malformed line and goes on.
+// The interactive session: reads lines, runs each as it comes, reports a malformed line and goes
+// on. A Ctrl-C abandons the line being typed or the command that waits.
 
 #pragma once
 
@@ -26,19 +26,11 @@ namespace hostrunner {
 
 class LineReader {
 public:
+    enum class Input { kLine, kInterrupted, kEnd };
+
     virtual ~LineReader() = default;
-    // False at the end of input.
-    virtual bool readLine(std::string* line) = 0;
-};
-
-// Line editing and history on the terminal.
-class EditLineReader : public LineReader {
-public:
-    explicit EditLineReader(std::string prompt) : mPrompt(std::move(prompt)) {}
-    bool readLine(std::string* line) override;
-
-private:
-    std::string mPrompt;
+    // kLine with the line read, kInterrupted when Ctrl-C abandoned it, kEnd at the end of input.
+    virtual Input readLine(std::string* line) = 0;
 };
 
 // Every command with its arguments, one a line.
@@ -46,7 +38,7 @@ const char* helpText();
 
 class Console {
 public:
-    // `out` gets the help text, `err` the complaints about malformed lines.
+    // `out` gets the greeting and the help text, `err` the complaints about malformed lines.
     Console(LineReader* reader, FILE* out, FILE* err) : mReader(reader), mOut(out), mErr(err) {}
 
     // Until `quit` or the end of input.

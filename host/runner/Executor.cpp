@@ -24,6 +24,7 @@
 #include <thread>
 
 #include "FrameworkCalls.h"
+#include "Interrupt.h"
 #include "StateDump.h"
 #include "fakes/ConntrackFiles.h"
 #include "fakes/FakeAgent.h"
@@ -99,7 +100,7 @@ struct WorldChange {
     }
     void operator()(const Stderr& c) const { fakes::StandardError::setClosed(c.closed); }
     void operator()(const Wait& c) const {
-        std::this_thread::sleep_for(std::chrono::milliseconds(c.millis));
+        interruptibleSleep(std::chrono::milliseconds(c.millis));
     }
     // Applied before main started.
     void operator()(const DeviceAbsent&) const {}

@@ -23,8 +23,19 @@
 #include "Words.h"
 
 namespace hostrunner {
+namespace {
+
+LineResult lineTooLong() {
+    LineResult result;
+    result.blank = false;
+    result.error = "line too long (more than " + std::to_string(kMaxLineBytes) + " bytes)";
+    return result;
+}
+
+}  // namespace
 
 LineResult parseLine(const std::string& text, int line, Source source) {
+    if (text.size() > kMaxLineBytes) return lineTooLong();
     LineResult result;
     SplitResult split = splitWords(text);
     if (!split.error.empty()) {
@@ -56,6 +67,11 @@ LineResult ScriptLines::next(const std::string& text) {
     }
     mOnlyStartupSettings = mOnlyStartupSettings && startup;
     return parsed;
+}
+
+LineResult ScriptLines::tooLong() {
+    ++mLine;
+    return lineTooLong();
 }
 
 ScriptResult parseScript(const std::string& text, const std::string& name) {

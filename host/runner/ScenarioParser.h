@@ -28,6 +28,10 @@ namespace hostrunner {
 
 enum class Source { kScript, kConsole };
 
+// The longest line a scenario may have, its newline not counted. Readers stop at it, so no input
+// makes them hold more.
+constexpr size_t kMaxLineBytes = 64 * 1024;
+
 struct LineResult {
     bool blank = true;  // nothing but blanks or a comment
     Command command;
@@ -41,6 +45,9 @@ LineResult parseLine(const std::string& text, int line, Source source);
 class ScriptLines {
 public:
     LineResult next(const std::string& text);
+
+    // The next line is longer than kMaxLineBytes; its reader did not keep it.
+    LineResult tooLong();
 
     // The number of the line last read.
     int line() const { return mLine; }

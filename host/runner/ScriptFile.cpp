@@ -16,9 +16,9 @@
 
 #include "ScriptFile.h"
 
-#include <stdlib.h>
+#include <errno.h>
+#include <string.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include "ScenarioParser.h"
 
@@ -39,74 +39,90 @@ std::unique_ptr<ScriptFile> ScriptFile::open(const std::string& path, std::strin
     if (path.empty()) return std::unique_ptr<ScriptFile>(new ScriptFile(stdin, false, "<stdin>"));
     FILE* in = fopen(path.c_str(), "r");
     if (in == nullptr) {
-        *error = path + ": cannot read the scenario";
+        *error = path + ": cannot read the scenario: " + strerror(errno);
         return nullptr;
     }
     return std::unique_ptr<ScriptFile>(new ScriptFile(in, true, path));
 }
 
 ScriptFile::ScriptFile(FILE* in, bool ownsIn, std::string name)
-    : mIn(in), mOwnsIn(ownsIn), mName(std::move(name)) {}
+    : mIn(in), mOwnsIn(ownsIn), mName(std::move(name)) {
+    mLine.reserve(kMaxLineBytes);
+}
 
 ScriptFile::~ScriptFile() {
     if (mOwnsIn) fclose(mIn);
     if (mCopy != nullptr) fclose(mCopy);
-    free(mLineBuf);
 }
 
 std::string ScriptFile::check() {
     if (!canReadAgain(mIn, &mStart)) {
         mCopy = tmpfile();
-        if (mCopy == nullptr) return mName + ": cannot keep the scenario to run it";
+        if (mCopy == nullptr) return failure("cannot keep the scenario to run it", errno);
     }
     ScriptLines lines;
     bool first = true;
-    std::string text;
-    while (readLine(mIn, &text)) {
-        if (mCopy != nullptr) {
-            fwrite(text.data(), 1, text.size(), mCopy);
-            fputc('\n', mCopy);
-        }
-        const LineResult parsed = lines.next(text);
+    for (;;) {
+        const Read read = readLine(mIn);
+        if (read == Read::kEnd) break;
+        if (read == Read::kFailed) return failure("cannot read the scenario", mReadErrno);
+        const LineResult parsed = read == Read::kTooLong ? lines.tooLong() : lines.next(mLine);
         if (!parsed.error.empty()) {
             return mName + ":" + std::to_string(lines.line()) + ": " + parsed.error;
+        }
+        if (mCopy != nullptr && (fwrite(mLine.data(), 1, mLine.size(), mCopy) != mLine.size() ||
+                                 putc('\n', mCopy) == EOF)) {
+            return failure("cannot keep the scenario to run it", errno);
         }
         if (parsed.blank) continue;
         if (first)
             mStartsWithDeviceAbsent = std::holds_alternative<DeviceAbsent>(parsed.command.body);
         first = false;
     }
-    if (ferror(mIn)) return mName + ": cannot read the scenario";
-    if (mCopy != nullptr && (fflush(mCopy) != 0 || ferror(mCopy))) {
-        return mName + ": cannot keep the scenario to run it";
+    if (mCopy != nullptr && fflush(mCopy) != 0) {
+        return failure("cannot keep the scenario to run it", errno);
     }
     return "";
 }
 
-void ScriptFile::run(const std::function<void(const Command&)>& run) {
+std::string ScriptFile::run(const std::function<void(const Command&)>& run) {
     FILE* from = mCopy != nullptr ? mCopy : mIn;
-    if (fseek(from, mCopy != nullptr ? 0 : mStart, SEEK_SET) != 0) return;
+    if (fseek(from, mCopy != nullptr ? 0 : mStart, SEEK_SET) != 0) {
+        return failure("cannot read the scenario", errno);
+    }
     ScriptLines lines;
-    std::string text;
-    while (readLine(from, &text)) {
-        const LineResult parsed = lines.next(text);
+    for (;;) {
+        const Read read = readLine(from);
+        if (read == Read::kEnd) return "";
+        if (read == Read::kFailed) return failure("cannot read the scenario", mReadErrno);
+        const LineResult parsed = read == Read::kTooLong ? lines.tooLong() : lines.next(mLine);
         if (!parsed.error.empty()) {
-            fprintf(stderr, "%s:%d: %s (the scenario changed while it ran)\n", mName.c_str(),
-                    lines.line(), parsed.error.c_str());
-            fflush(stderr);
-            return;
+            return mName + ":" + std::to_string(lines.line()) + ": " + parsed.error +
+                   " (the scenario changed while it ran)";
         }
         if (!parsed.blank) run(parsed.command);
     }
 }
 
-// One line without its newline; a NUL in it is kept.
-bool ScriptFile::readLine(FILE* from, std::string* line) {
-    const ssize_t n = getline(&mLineBuf, &mLineCap, from);
-    if (n < 0) return false;
-    const size_t length = n > 0 && mLineBuf[n - 1] == '\n' ? n - 1 : n;
-    line->assign(mLineBuf, length);
-    return true;
+// One line into mLine, without its newline; a NUL in it is kept. A line longer than
+// kMaxLineBytes is not read on: the input may never end.
+ScriptFile::Read ScriptFile::readLine(FILE* from) {
+    mLine.clear();
+    int c;
+    while ((c = getc_unlocked(from)) != EOF) {
+        if (c == '\n') return Read::kLine;
+        if (mLine.size() == kMaxLineBytes) return Read::kTooLong;
+        mLine.push_back(static_cast<char>(c));
+    }
+    if (ferror(from)) {
+        mReadErrno = errno;
+        return Read::kFailed;
+    }
+    return mLine.empty() ? Read::kEnd : Read::kLine;
+}
+
+std::string ScriptFile::failure(const char* what, int errnum) const {
+    return mName + ": " + what + ": " + strerror(errnum);
 }
 
 }  // namespace hostrunner

@@ -33,25 +33,30 @@ namespace hostrunner {
 class ScriptFile {
 public:
     // The script at `path`, or standard input when `path` is empty. Null, with `error` set to
-    // "PATH: cannot read the scenario", when it cannot be read.
+    // "PATH: cannot read the scenario: WHY", when it cannot be opened.
     static std::unique_ptr<ScriptFile> open(const std::string& path, std::string* error);
     ~ScriptFile();
     ScriptFile(const ScriptFile&) = delete;
     ScriptFile& operator=(const ScriptFile&) = delete;
 
-    // The first pass: "NAME:LINE: what is wrong" for the first bad line, or empty.
+    // The first pass: "NAME:LINE: what is wrong" for the first bad line (or "NAME: ..." when the
+    // input cannot be read or kept), or empty.
     std::string check();
 
     // Whether the first command is the start-up setting `device absent` (after check()).
     bool startsWithDeviceAbsent() const { return mStartsWithDeviceAbsent; }
 
-    // The second pass: hands each command to `run`, in order. Should a line no longer read as it
-    // did (the file changed in between), it is reported on standard error and the rest skipped.
-    void run(const std::function<void(const Command&)>& run);
+    // The second pass: hands each command to `run`, in order. Returns what stopped it early (a
+    // line that no longer reads as it did, the file having changed in between, or a failed
+    // read), or empty when every line ran.
+    std::string run(const std::function<void(const Command&)>& run);
 
 private:
+    enum class Read { kLine, kTooLong, kEnd, kFailed };
+
     ScriptFile(FILE* in, bool ownsIn, std::string name);
-    bool readLine(FILE* from, std::string* line);
+    Read readLine(FILE* from);
+    std::string failure(const char* what, int errnum) const;
 
     FILE* mIn;
     bool mOwnsIn;
@@ -59,8 +64,8 @@ private:
     long mStart = 0;        // where the script begins in mIn
     FILE* mCopy = nullptr;  // standard input as read, when mIn cannot be read again
     bool mStartsWithDeviceAbsent = false;
-    char* mLineBuf = nullptr;  // getline's buffer, reused for every line
-    size_t mLineCap = 0;
+    std::string mLine;   // the line last read, reused
+    int mReadErrno = 0;  // why the last read failed
 };
 
 }  // namespace hostrunner

@@ -30,7 +30,9 @@
 
 #include "Arguments.h"
 #include "Console.h"
+#include "EditLineReader.h"
 #include "Executor.h"
+#include "Interrupt.h"
 #include "JsonTrace.h"
 #include "LogcatTrace.h"
 #include "ScriptFile.h"
@@ -75,7 +77,9 @@ TraceWriter::Format formatFor(TraceFormat format) {
     // Never destroyed: the event thread may still record while the process exits.
     auto* trace = new TextTrace(isatty(STDOUT_FILENO) == 1);
     return [trace](const Record& r, std::string* out) {
-        out->append(trace->format(r));
+        const std::string lines = trace->format(r);
+        if (lines.empty()) return;  // a console error, shown on standard error
+        out->append(lines);
         out->push_back('\n');
     };
 }
@@ -115,12 +119,20 @@ void installTrace(TraceFormat format, bool interactive) {
 void runScript() {
     waitForEventThread();
     ScriptRunner runner;
-    gScript->run([&runner](const Command& command) { runner.run(command); });
+    const std::string error =
+            gScript->run([&runner](const Command& command) { runner.run(command); });
     runner.finish();
+    // The rest of the script was not run: that is no success.
+    if (!error.empty()) {
+        fprintf(stderr, "%s\n", error.c_str());
+        fflush(stderr);
+        exit(2);
+    }
 }
 
 void runConsole() {
     waitForEventThread();
+    catchInterrupts();
     EditLineReader reader("offload> ");
     Console(&reader, stdout, stderr).run();
 }

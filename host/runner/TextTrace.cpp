@@ -17,7 +17,8 @@
 #include "TextTrace.h"
 
 #include <cstdio>
-#include <sstream>
+#include <cstring>
+#include <vector>
 
 #include "Values.h"
 #include "VexaDecoder.h"
@@ -68,13 +69,48 @@ std::string okText(bool ok) {
     return ok ? "ok" : "failed in transport";
 }
 
+// The lines of a text that ends with a newline or not: "a\nb\n" and "a\nb" are both "a", "b".
+std::vector<std::string> linesOf(const std::string& text) {
+    std::vector<std::string> lines;
+    size_t start = 0;
+    for (size_t end; (end = text.find('\n', start)) != std::string::npos; start = end + 1) {
+        lines.push_back(text.substr(start, end - start));
+    }
+    if (start < text.size() || lines.empty()) lines.push_back(text.substr(start));
+    return lines;
+}
+
+// Control characters but the tab as \xHH, so that a line of text cannot move the cursor.
+std::string escapeControls(const std::string& text) {
+    std::string out;
+    for (char c : text) {
+        const unsigned char byte = static_cast<unsigned char>(c);
+        if ((byte < 0x20 && c != '\t') || byte == 0x7f) {
+            char hex[8];
+            snprintf(hex, sizeof(hex), "\\x%02x", byte);
+            out += hex;
+        } else {
+            out += c;
+        }
+    }
+    return out;
+}
+
 }  // namespace
 
-// Formats the part after the time and the kind column.
+// Formats the part after the time and the kind column: one line, or none for a record the text
+// trace leaves out, or several.
 struct TextFields {
     TextTrace* trace;
     std::string kind;
     std::string text;
+    std::vector<std::string> moreLines;
+    bool headOnEveryLine = false;  // the lines of a log message each look like a log line
+
+    void setLines(const std::vector<std::string>& lines) {
+        text = lines.front();
+        moreLines.assign(lines.begin() + 1, lines.end());
+    }
 
     void operator()(const hostplatform::ThreadpoolRecord& r) {
         kind = "threadpool";
@@ -85,12 +121,18 @@ struct TextFields {
         kind = "register";
         text = r.interface + " as " + quoted(r.name);
     }
+    // As logcat shows it: without its final newline, a line of output for each of its lines.
     void operator()(const hostplatform::LogRecord& r) {
         kind = "[" + r.thread + "]";
-        std::string line =
-                std::string(1, prioLetter(r.prio)) + " " + r.tag + ": " + escapeText(r.msg);
+        headOnEveryLine = true;
         const char* colour = prioColour(r.prio);
-        text = colour ? trace->paint(colour, line) : line;
+        std::vector<std::string> lines;
+        for (const std::string& part : linesOf(r.msg)) {
+            std::string line =
+                    std::string(1, prioLetter(r.prio)) + " " + r.tag + ": " + escapeControls(part);
+            lines.push_back(colour ? trace->paint(colour, line) : line);
+        }
+        setLines(lines);
     }
     void operator()(const hostplatform::OpenRecord& r) {
         kind = "open";
@@ -155,25 +197,32 @@ struct TextFields {
         kind = "exit";
         text = "status " + std::to_string(r.status);
     }
-    void operator()(const hostplatform::ErrorRecord& r) {
-        kind = "error";
-        text = trace->paint(kRed, "line " + std::to_string(r.line) + ": " + r.msg);
-    }
+    // The console has shown the message on standard error.
+    void operator()(const hostplatform::ErrorRecord&) {}
+    // The report as lshal shows it, under the record's line.
     void operator()(const hostplatform::DumpRecord& r) {
         kind = "dump";
-        text = quoted(r.text);
+        std::vector<std::string> lines;
+        for (const std::string& line : linesOf(r.text)) lines.push_back(escapeControls(line));
+        setLines(lines);
     }
 };
 
 std::string TextTrace::format(const hostplatform::Record& record) {
-    TextFields fields{this, "", ""};
+    TextFields fields{this, "", "", {}};
     std::visit(fields, record.body);
+    if (fields.kind.empty()) return "";
     char time[32];
     snprintf(time, sizeof(time), "%4lld.%06lld", static_cast<long long>(record.tMicros / 1000000),
              static_cast<long long>(record.tMicros % 1000000));
     std::string kind = fields.kind;
     if (kind.size() < kKindWidth) kind.resize(kKindWidth, ' ');
-    return paint(kDim, time) + " " + kind + " " + fields.text;
+    const std::string head = paint(kDim, time) + " " + kind + " ";
+    const std::string next =
+            fields.headOnEveryLine ? head : std::string(strlen(time) + 1 + kind.size() + 1, ' ');
+    std::string out = head + fields.text;
+    for (const std::string& line : fields.moreLines) out += "\n" + next + line;
+    return out;
 }
 
 std::string TextTrace::paint(const char* colour, const std::string& text) const {

@@ -15,7 +15,9 @@
  */
 
 // The trace for people: one line a record, logcat-style log lines, calls paired with their
-// replies by scenario line, device records decoded beside their bytes, colour on request.
+// replies by scenario line, device records decoded beside their bytes, colour on request. A log
+// message of several lines and a dump's report take more lines; the console's errors none, as
+// the console shows them itself.
 
 #pragma once
 
@@ -29,7 +31,7 @@ class TextTrace {
 public:
     explicit TextTrace(bool colour) : mColour(colour) {}
 
-    // One line, without its newline.
+    // The record's lines without the last newline; empty for a record the trace leaves out.
     std::string format(const hostplatform::Record& record);
 
 private:

@@ -56,25 +56,30 @@ int digitValue(char c, int base) {
 
 }  // namespace
 
-bool parseNumber(const std::string& text, uint64_t max, uint64_t* out) {
+NumberRead parseNumber(const std::string& text, uint64_t max, uint64_t* out) {
     int base = 10;
     size_t pos = 0;
     if (text.size() > 2 && text[0] == '0' && (text[1] == 'x' || text[1] == 'X')) {
         base = 16;
         pos = 2;
     }
-    if (pos >= text.size()) return false;
+    if (pos >= text.size()) return NumberRead::kMalformed;
     uint64_t value = 0;
+    bool tooLarge = false;
+    // Read to the end even past the range, so that "99999999999999999999x" is malformed.
     for (; pos < text.size(); ++pos) {
-        int digit = digitValue(text[pos], base);
-        if (digit < 0) return false;
-        if (value > (max - static_cast<uint64_t>(digit)) / static_cast<uint64_t>(base)) {
-            return false;
+        const int digit = digitValue(text[pos], base);
+        if (digit < 0) return NumberRead::kMalformed;
+        const uint64_t d = static_cast<uint64_t>(digit);
+        if (d > max || value > (max - d) / static_cast<uint64_t>(base)) {
+            tooLarge = true;
+        } else {
+            value = value * static_cast<uint64_t>(base) + d;
         }
-        value = value * static_cast<uint64_t>(base) + static_cast<uint64_t>(digit);
     }
+    if (tooLarge) return NumberRead::kOutOfRange;
     *out = value;
-    return true;
+    return NumberRead::kOk;
 }
 
 bool parseIpv4(const std::string& text, std::array<uint8_t, 4>* out) {
@@ -97,17 +102,19 @@ bool parseHexBytes(const std::string& text, std::vector<uint8_t>* out) {
     return true;
 }
 
-bool parseErrno(const std::string& text, int* out) {
+NumberRead parseErrno(const std::string& text, int* out) {
     for (const ErrnoName& entry : kErrnoNames) {
         if (text == entry.name) {
             *out = entry.value;
-            return true;
+            return NumberRead::kOk;
         }
     }
     uint64_t value = 0;
-    if (!parseNumber(text, 4095, &value) || value == 0) return false;
+    const NumberRead read = parseNumber(text, kMaxErrno, &value);
+    if (read != NumberRead::kOk) return read;
+    if (value == 0) return NumberRead::kOutOfRange;
     *out = static_cast<int>(value);
-    return true;
+    return NumberRead::kOk;
 }
 
 std::string errnoName(int errnum) {
@@ -115,6 +122,12 @@ std::string errnoName(int errnum) {
         if (entry.value == errnum) return entry.name;
     }
     return "";
+}
+
+std::vector<std::string> errnoNames() {
+    std::vector<std::string> names;
+    for (const ErrnoName& entry : kErrnoNames) names.push_back(entry.name);
+    return names;
 }
 
 }  // namespace hostrunner

@@ -14,8 +14,8 @@
  * limitations under the License.
  */
 
-// Readers for the values a scenario word can hold. Each returns false on malformed input and
-// leaves its output untouched.
+// Readers for the values a scenario word can hold. Each leaves its output untouched unless the
+// word reads.
 
 #pragma once
 
@@ -26,8 +26,11 @@
 
 namespace hostrunner {
 
-// Decimal or 0x hexadecimal, at most `max`.
-bool parseNumber(const std::string& text, uint64_t max, uint64_t* out);
+enum class NumberRead { kOk, kMalformed, kOutOfRange };
+
+// Decimal or 0x hexadecimal, at most `max`; a well-formed number above it is out of range,
+// however many digits it has.
+NumberRead parseNumber(const std::string& text, uint64_t max, uint64_t* out);
 
 // Dotted IPv4 address, four bytes in network order.
 bool parseIpv4(const std::string& text, std::array<uint8_t, 4>* out);
@@ -35,10 +38,15 @@ bool parseIpv4(const std::string& text, std::array<uint8_t, 4>* out);
 // Hex string, two digits a byte, no separators; "" is no bytes.
 bool parseHexBytes(const std::string& text, std::vector<uint8_t>* out);
 
-// A positive number or a symbolic name such as EIO.
-bool parseErrno(const std::string& text, int* out);
+constexpr uint64_t kMaxErrno = 4095;
+
+// A number from 1 to kMaxErrno, or a symbolic name such as EIO.
+NumberRead parseErrno(const std::string& text, int* out);
 
 // The symbolic name of an errno value, or "" when it has none here.
 std::string errnoName(int errnum);
+
+// Every errno name parseErrno knows.
+std::vector<std::string> errnoNames();
 
 }  // namespace hostrunner

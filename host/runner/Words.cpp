@@ -16,8 +16,12 @@
 
 #include "Words.h"
 
+#include <cstdio>
+
 namespace hostrunner {
 namespace {
+
+constexpr size_t kExcerptBytes = 40;
 
 bool isBlank(char c) {
     return c == ' ' || c == '\t' || c == '\r';
@@ -103,7 +107,7 @@ private:
             case 'x':
                 return readHexEscape(word);
             default:
-                return std::string("unknown escape \\") + c;
+                return "unknown escape \\" + excerpt(std::string(1, c));
         }
     }
 
@@ -124,6 +128,22 @@ private:
 
 SplitResult splitWords(const std::string& line) {
     return Splitter(line).run();
+}
+
+std::string excerpt(const std::string& word) {
+    std::string out;
+    for (size_t i = 0; i < word.size() && i < kExcerptBytes; ++i) {
+        const unsigned char c = static_cast<unsigned char>(word[i]);
+        if (c >= 0x20 && c < 0x7f) {
+            out += static_cast<char>(c);
+        } else {
+            char hex[8];
+            snprintf(hex, sizeof(hex), "\\x%02X", c);
+            out += hex;
+        }
+    }
+    if (word.size() > kExcerptBytes) out += "...";
+    return out;
 }
 
 }  // namespace hostrunner

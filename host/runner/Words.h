@@ -36,4 +36,8 @@ struct SplitResult {
 
 SplitResult splitWords(const std::string& line);
 
+// How a message shows a word of the user's: its first 40 bytes, then "...", with every byte
+// outside printable ASCII written \xHH, so that a message stays short and on one line.
+std::string excerpt(const std::string& word);
+
 }  // namespace hostrunner

@@ -80,12 +80,30 @@ TEST(ScenarioLineTest, WordsQuotesEscapesNumbersAndComments) {
              "setDataLimit|wanif0|0xffffffffffffffff =18446744073709551615"},
     };
     for (const auto& [line, expected] : cases) EXPECT_EQ(expected, reading(line)) << line;
-    for (const char* bad :
-         {"18446744073709551616", "0x10000000000000000", "0x", "-1", "12a", "0x1g", " 1", "1.5"}) {
+    for (const char* bad : {"0x", "-1", "12a", "0x1g", " 1", "1.5", "99999999999999999999x"}) {
         EXPECT_EQ("error: setDataLimit: malformed number '" + std::string(bad) + "'",
                   reading("setDataLimit wanif0 \"" + std::string(bad) + "\""));
     }
+    for (const char* tooLarge : {"18446744073709551616", "0x10000000000000000"}) {
+        EXPECT_EQ("error: setDataLimit: number " + std::string(tooLarge) +
+                          " out of range (at most 18446744073709551615)",
+                  reading("setDataLimit wanif0 " + std::string(tooLarge)));
+    }
     EXPECT_EQ("error: setHandles: number 3 out of range (at most 2)", reading("setHandles 1 3"));
+    EXPECT_EQ("error: modem readfail: errno 4096 out of range (1 to 4095)",
+              reading("modem readfail 4096"));
+}
+
+TEST(ScenarioLineTest, MessagesShowAShortExcerptOfTheWordWithOddBytesEscaped) {
+    const std::string digits(100, '9');
+    EXPECT_EQ("error: wait: number " + digits.substr(0, 40) + "... out of range (at most 3600000)",
+              reading("wait " + digits));
+    EXPECT_EQ("error: wait: malformed number '1\\x01\\x7F'", reading("wait 1\x01\x7f"));
+    EXPECT_EQ("error: unknown command '\\xEF\\xBB\\xBFwait'", reading("\xEF\xBB\xBFwait 1"));
+    EXPECT_EQ("error: unknown escape \\\\x00", reading(std::string("prop a \"\\\0\"", 11)));
+    const std::string longest = "prop a " + std::string(kMaxLineBytes - 7, 'x');
+    EXPECT_EQ("prop|a|" + longest.substr(7), reading(longest));
+    EXPECT_EQ("error: line too long (more than 65536 bytes)", reading(longest + "x"));
     EXPECT_EQ("error: help: only in the console", reading("help"));
     EXPECT_EQ("dump", reading("dump  # the state"));
     EXPECT_EQ("error: dump: expected 0 arguments, got 1", reading("dump all"));
@@ -107,7 +125,7 @@ Record at(int64_t t, RecordBody body) {
     return Record{t, std::move(body)};
 }
 
-TEST(TextTraceTest, WritesOneReadableLinePerRecord) {
+TEST(TextTraceTest, ShowsEachRecordAsPeopleReadIt) {
     CallbackRecord timeout{"updateTimeout", 0, {"192.168.43.2", 80}, {"8.8.8.8", 53}, 6, false};
     ReplyRecord stats{"getForwardedStats", true, "", true, 1, 2};
     const Bytes enable = {0x54, 0x24, 2, 0, 0xff, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0};
@@ -115,8 +133,10 @@ TEST(TextTraceTest, WritesOneReadableLinePerRecord) {
     event[0] = 0x54, event[1] = 0x24, event[2] = 7;
     const std::pair<RecordBody, std::string> cases[] = {
             {RegisterRecord{"a@1.0::I", "default"}, "register          a@1.0::I as \"default\""},
-            {LogRecord{6, "TetherOffload", "created\tthread\n", "HandleEvent"},
-             "[HandleEvent]     E TetherOffload: created\\tthread\\n"},
+            {LogRecord{6, "TetherOffload", "created\tthread\x1b\n", "HandleEvent"},
+             "[HandleEvent]     E TetherOffload: created\tthread\\x1b"},
+            {LogRecord{4, "T", "wan\nif0 \n", "main"},
+             "[main]            I T: wan\n   1.234567 [main]            I T: if0 "},
             {OpenRecord{"/dev/vexa", -1, ENOENT}, "open              /dev/vexa -> ENOENT"},
             {IoctlRecord{3, 0, enable, -1, EIO},
              "ioctl             fd 3 req 0 ENABLE app=ALL len=0 -> -1 EIO  "
@@ -136,13 +156,14 @@ TEST(TextTraceTest, WritesOneReadableLinePerRecord) {
              "reply             <-- 12: addDownstream true \"Successful\\n\""},
             {stats, "reply             <-- 12: getForwardedStats rx=1 tx=2"},
             {ExitRecord{0}, "exit              status 0"},
-            {ErrorRecord{3, "oops"}, "error             line 3: oops"},
-            {DumpRecord{"a: \"\"\n"}, "dump              \"a: \\\"\\\"\\n\""},
+            {DumpRecord{"Hal\n  a: \"\"\n"},
+             "dump              Hal\n                                a: \"\""},
     };
     TextTrace trace(false);
     for (const auto& [body, text] : cases) {
         EXPECT_EQ("   1.234567 " + text, trace.format(at(1234567, body)));
     }
+    EXPECT_EQ("", trace.format(at(0, ErrorRecord{3, "oops"}))) << "the console shows it";
     const std::string coloured = TextTrace(true).format(at(0, LogRecord{6, "T", "x", "main"}));
     EXPECT_NE(std::string::npos, coloured.find("\033[31mE T: x\033[0m")) << coloured;
 }
@@ -178,16 +199,15 @@ TEST(HexTest, ARunOfZerosAtTheEndIsShortened) {
     EXPECT_EQ("5400000000000000", toShortHex(Bytes{0x54, 0, 0, 0, 0, 0, 0, 0}));
 }
 
-using ReplyCheckDeathTest = ::testing::Test;
-
+// Lines as typed; "^C" stands for a line abandoned by Ctrl-C.
 class ScriptedLines : public LineReader {
 public:
     explicit ScriptedLines(std::deque<std::string> lines) : mLines(std::move(lines)) {}
-    bool readLine(std::string* line) override {
-        if (mLines.empty()) return false;
+    Input readLine(std::string* line) override {
+        if (mLines.empty()) return Input::kEnd;
         *line = mLines.front();
         mLines.pop_front();
-        return true;
+        return *line == "^C" ? Input::kInterrupted : Input::kLine;
     }
     std::deque<std::string> mLines;
 };
@@ -205,14 +225,17 @@ TEST(ConsoleTest, ReportsBadLinesAndGoesOnUntilQuit) {
     FILE* out = tmpfile();
     FILE* err = tmpfile();
     ScriptedLines lines(
-            {"# comment", "launch", "help", "device absent", "wait 0", "quit", "wait 0"});
+            {"# comment", "^C", "launch", "help", "device absent", "wait 0", "quit", "wait 0"});
     Console(&lines, out, err).run();
     EXPECT_EQ(1u, lines.mLines.size()) << "read on after quit";
-    EXPECT_EQ(helpText(), contents(out));
+    EXPECT_EQ(std::string("Type help for the commands; quit or Ctrl-D ends the session.\n") +
+                      helpText(),
+              contents(out));
     EXPECT_EQ(
             "<stdin>:2: unknown command 'launch'\n"
             "<stdin>:4: device absent: only at the start of a script\n",
-            contents(err));
+            contents(err))
+            << "an abandoned line has no number";
     const std::vector<ErrorRecord> errors = hosttest::Recorded::instance().of<ErrorRecord>();
     ASSERT_EQ(before + 2, errors.size());
     EXPECT_EQ(4, errors.back().line);

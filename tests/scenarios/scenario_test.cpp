@@ -20,6 +20,7 @@
 
 #include <gtest/gtest.h>
 #include <stdlib.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -271,6 +272,8 @@ TEST(BadInputTest, RefusedWithFileAndLineBeforeAnythingRuns) {
             {"modem event 1 payload=0g\n", "1: modem event: malformed hex string '0g'"},
             {"# x\nprop ro.build.type \"userdebug\n", "2: unterminated quote"},
             {"initOffload 1.1\ndevice absent\n", "2: device absent: only before any other command"},
+            {"wait 1\nprop a " + std::string(1 << 20, 'x') + "\nwait 1\n",
+             "2: line too long (more than 65536 bytes)"},
     };
     for (const auto& [script, where] : scripts) {
         writeFile(scratch("bad.scenario"), script);
@@ -289,7 +292,10 @@ TEST(BadInputTest, RefusedWithFileAndLineBeforeAnythingRuns) {
     const std::pair<std::string, std::string> commandLines[] = {
             {"--trace=xml", "unknown option '--trace=xml'"},
             {"a.scenario b.scenario", "more than one scenario"},
-            {"/nonexistent/x.scenario", "/nonexistent/x.scenario: cannot read the scenario"},
+            {"/nonexistent/x.scenario",
+             "/nonexistent/x.scenario: cannot read the scenario: No such file or directory"},
+            {TETHEROFFLOAD_EXAMPLES,
+             TETHEROFFLOAD_EXAMPLES ": cannot read the scenario: Is a directory"},
     };
     for (const auto& [args, firstLine] : commandLines) {
         const ProgramRun run = runService(args);
@@ -297,6 +303,35 @@ TEST(BadInputTest, RefusedWithFileAndLineBeforeAnythingRuns) {
         EXPECT_EQ("", run.out) << args;
         EXPECT_EQ(firstLine, splitLines(run.err).at(0));
     }
+}
+
+// Input of any size: a line longer than the memory the process may have, which never ends, and a
+// copy of piped input that cannot be written.
+TEST(BadInputTest, InputBeyondWhatTheProcessCanHoldOrWriteEndsWithAShortMessage) {
+    const std::string service = std::string("'") + TETHEROFFLOAD_SERVICE + "'";
+    const std::string streams = " >" + scratch("out") + " 2>" + scratch("err");
+    auto run = [&](const std::string& command) {
+        const int status = system(command.c_str());
+        return ProgramRun{WIFEXITED(status) ? WEXITSTATUS(status) : -1, readFile(scratch("out")),
+                          readFile(scratch("err"))};
+    };
+    // Sanitizers reserve more address space than a small limit allows.
+    const std::string memoryLimit = TETHEROFFLOAD_SANITIZED ? "" : "ulimit -v 262144; ";
+    const ProgramRun endless = run("head -c 300000000 /dev/zero | tr '\\0' x | (" + memoryLimit +
+                                   "exec " + service + ")" + streams);
+    EXPECT_EQ(2, endless.status);
+    EXPECT_EQ("<stdin>:1: line too long (more than 65536 bytes)\n", endless.err);
+
+    std::string script;
+    for (int i = 0; i < 1000; ++i) script += "wait 0\n";
+    writeFile(scratch("in"), script);
+    // Files of at most 2 KiB, and a write beyond fails instead of ending the process.
+    const ProgramRun unkept =
+            run("trap '' XFSZ; ulimit -f 4; cat " + scratch("in") + " | " + service + streams);
+    EXPECT_EQ(2, unkept.status);
+    EXPECT_EQ("<stdin>: cannot keep the scenario to run it: File too large\n", unkept.err);
+    EXPECT_EQ("", unkept.out);
+    for (const char* name : {"in", "out", "err"}) unlink(scratch(name).c_str());
 }
 
 }  // namespace
