@@ -154,8 +154,10 @@ ssize_t FakeVexaDevice::read(int fd, void* buf, size_t count) {
         std::lock_guard<std::mutex> lock(mLock);
         mInRead = true;
         mBusy = false;
+        // Woken only when what they wait for may have come: a wake-up per record would cost
+        // the reader and its writer a switch each.
+        if (mReaderWaiters > 0 && mWaiting.empty()) mChanged.notify_all();
     }
-    mChanged.notify_all();
     ssize_t n = realRead(fd, buf, count);
     int errnum = n < 0 ? errno : 0;
     {
@@ -169,9 +171,9 @@ ssize_t FakeVexaDevice::read(int fd, void* buf, size_t count) {
             }
             ++mTaken;
             mBusy = true;
+            if (mRoomWanted != 0 && mTaken >= mRoomWanted) mChanged.notify_all();
         }
     }
-    mChanged.notify_all();
     if (errnum != 0) n = -1;
     if (Observers::any()) {
         ReadRecord record;
@@ -207,15 +209,22 @@ bool FakeVexaDevice::send(const std::vector<uint8_t>& packet, int errnum,
         }
         mWaiting.pop_back();
         if (errno != EAGAIN && errno != EWOULDBLOCK && errno != ENOBUFS) return false;
-        const uint64_t taken = mTaken;
-        if (!waitWhileReading(lock, timeout, [&] { return mTaken != taken; })) return false;
+        // Full: written again once the reader has taken half of what waits, not per record.
+        mRoomWanted = mTaken + std::max<size_t>(mWaiting.size() / 2, 1);
+        const bool room = waitWhileReading(lock, timeout, [&] { return mTaken >= mRoomWanted; });
+        mRoomWanted = 0;
+        if (!room) return false;
     }
 }
 
 bool FakeVexaDevice::waitUntilDrained(std::chrono::milliseconds timeout) {
     std::unique_lock<std::mutex> lock(mLock);
     if (mDriverFd < 0) return false;
-    return waitWhileReading(lock, timeout, [&] { return mWaiting.empty() && mInRead; });
+    ++mReaderWaiters;
+    const bool drained =
+            waitWhileReading(lock, timeout, [&] { return mWaiting.empty() && mInRead; });
+    --mReaderWaiters;
+    return drained;
 }
 
 template <typename Done>
@@ -225,7 +234,7 @@ bool FakeVexaDevice::waitWhileReading(std::unique_lock<std::mutex>& lock,
         const uint64_t takenBefore = mTaken;
         if (mChanged.wait_for(lock, timeout, done)) return true;
         // Slow, but reading; or busy with a record, and it always comes back for more (the trace
-        // may hold it while its reader is slow).
+        // may hold it while its reader is slow). Progress is looked at once a timeout.
         if (mTaken != takenBefore || mBusy) continue;
         dropWaiting();
         return false;
@@ -245,7 +254,10 @@ void FakeVexaDevice::dropWaiting() {
 bool FakeVexaDevice::waitReaderBlocked(std::chrono::milliseconds timeout) {
     std::unique_lock<std::mutex> lock(mLock);
     if (mDriverFd < 0) return false;
-    return mChanged.wait_for(lock, timeout, [&] { return mInRead; });
+    ++mReaderWaiters;
+    const bool blocked = mChanged.wait_for(lock, timeout, [&] { return mInRead; });
+    --mReaderWaiters;
+    return blocked;
 }
 
 }  // namespace fakes

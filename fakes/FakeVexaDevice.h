@@ -106,6 +106,8 @@ private:
     bool mInRead = false;      // a reader is in read(), blocked or about to block
     bool mBusy = false;        // a reader took a record and is not back in read() yet
     uint64_t mTaken = 0;       // records readers took
+    int mReaderWaiters = 0;    // callers waiting for the reader to be back in read()
+    uint64_t mRoomWanted = 0;  // mTaken at which a writer waiting for room goes on; 0: none
     std::mutex mReadSerial;    // one reader at a time, so that each record meets its own entry
 };
 

@@ -31,6 +31,24 @@ namespace {
 
 std::atomic<bool> gPassThrough{true};
 
+// A thread's id and the process's change only in a child of fork(), which forgets them.
+thread_local int32_t tCachedTid = 0;
+std::atomic<int32_t> gPid{0};
+
+int32_t currentTid() {
+    if (tCachedTid == 0) tCachedTid = static_cast<int32_t>(gettid());
+    return tCachedTid;
+}
+
+int32_t currentPid() {
+    int32_t pid = gPid.load(std::memory_order_relaxed);
+    if (pid == 0) {
+        pid = getpid();
+        gPid.store(pid, std::memory_order_relaxed);
+    }
+    return pid;
+}
+
 std::string currentThreadName() {
     char name[16] = "";  // the kernel keeps 15 characters and a NUL
     if (pthread_getname_np(pthread_self(), name, sizeof(name)) != 0) return "";
@@ -48,8 +66,8 @@ void report(int priority, const char* tag, const char* message) {
     clock_gettime(CLOCK_REALTIME, &now);
     record.wallSec = now.tv_sec;
     record.wallNsec = static_cast<int32_t>(now.tv_nsec);
-    record.pid = getpid();
-    record.tid = static_cast<int32_t>(gettid());
+    record.pid = currentPid();
+    record.tid = currentTid();
     Observers::report(record);
 }
 
@@ -67,6 +85,10 @@ void tap(const struct __android_logger_data* data, const char* message) {
 #endif
 
 __attribute__((constructor)) void installLogTap() {
+    pthread_atfork(nullptr, nullptr, [] {
+        gPid.store(0, std::memory_order_relaxed);
+        tCachedTid = 0;
+    });
     __android_log_set_logger(tap);
     // The desktop's liblog drops lines below INFO unless told otherwise; a phone keeps them.
     __android_log_set_minimum_priority(ANDROID_LOG_VERBOSE);
