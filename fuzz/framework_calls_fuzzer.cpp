@@ -23,6 +23,7 @@
 // - it answers exactly once, with the reply the rules give: flag and exact message, or counters;
 // - the device gets exactly the requests the rules call for, byte for byte and in order;
 // - the network agent gets exactly the bridge's command lines, in their order;
+// - the closing log line names the upstream and the stored downstreams as the rules leave them;
 // - the framework hears nothing during a call, and from events what support/EventModel says;
 // - every log line has its level (support/LogLevels);
 // - after a stopOffload that reports success, a fixed probe of calls finds nothing left behind.
@@ -71,6 +72,7 @@ namespace {
 
 constexpr size_t kMaxOps = 48;
 constexpr size_t kMaxLongString = 1023;
+constexpr size_t kLogBufferText = 1023;
 
 const char* const kWords[] = {
         "",
@@ -219,6 +221,12 @@ void check(const char* op, const Reply& got, const Expected& want, bool stats) {
                  "\n    the rules:" + listed(want.agentLines);
     }
     if (!crossed.callbacks.empty()) wrong += "\n  the framework heard:" + listed(crossed.callbacks);
+    // liblog cuts a longer line at its buffer.
+    const std::string last = crossed.logs.empty() ? "" : crossed.logs.back().second;
+    if (!want.closingLine.empty() && want.closingLine.size() < kLogBufferText &&
+        last != want.closingLine) {
+        wrong += "\n  closing line \"" + last + "\", the rules: \"" + want.closingLine + "\"";
+    }
     const std::string level = fuzzsupport::levelProblem(crossed.logs);
     if (!level.empty()) wrong += "\n  " + level;
     if (!wrong.empty()) finding(std::string(op) + ":" + wrong);

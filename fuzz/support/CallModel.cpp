@@ -76,6 +76,10 @@ bool startsWith(const std::string& name, const char* head) {
     return strncmp(name.c_str(), head, strlen(head)) == 0;
 }
 
+std::string printed(const std::string& name) {
+    return name.c_str();
+}
+
 Expected reply(bool ok, const char* msg) {
     Expected e;
     e.ok = ok;
@@ -162,9 +166,8 @@ Expected CallModel::setDataWarningAndLimit(const std::string& upstream, uint64_t
     return e;
 }
 
-Expected CallModel::setUpstreamParameters(const std::string& iface, const std::string& v4Addr,
-                                          const std::string& v4Gw,
-                                          const std::vector<std::string>& v6Gws) {
+Expected CallModel::upstreamOutcome(const std::string& iface, const std::string& v4Addr,
+                                    const std::string& v4Gw, const std::vector<std::string>& v6Gws) {
     if (mRelay == CallbackVersion::kNone) return reply(false, kNotInitialised);
     // Each may be empty, but not all of them.
     const bool anyGiven = !iface.empty() || !v4Addr.empty() || !v4Gw.empty() || !v6Gws.empty();
@@ -191,7 +194,7 @@ Expected CallModel::setUpstreamParameters(const std::string& iface, const std::s
     return iface.empty() ? reply(false, kInvalid) : reply(true, kSuccessful);
 }
 
-Expected CallModel::addDownstream(const std::string& iface, const std::string& prefix) {
+Expected CallModel::addOutcome(const std::string& iface, const std::string& prefix) {
     if (mRelay == CallbackVersion::kNone) return reply(false, kNotInitialised);
     if (!downstreamArgsValid(iface, prefix)) return reply(false, kInvalid);
     Expected e = reply(true, kSuccessful);
@@ -207,7 +210,7 @@ Expected CallModel::addDownstream(const std::string& iface, const std::string& p
     return e;
 }
 
-Expected CallModel::removeDownstream(const std::string& iface, const std::string& prefix) {
+Expected CallModel::removeOutcome(const std::string& iface, const std::string& prefix) {
     if (mRelay == CallbackVersion::kNone) return reply(false, kNotInitialised);
     if (!downstreamArgsValid(iface, prefix)) return reply(false, kInvalid);
     Expected e = reply(true, kSuccessful);
@@ -218,6 +221,31 @@ Expected CallModel::removeDownstream(const std::string& iface, const std::string
         mWifiStored.clear();
         deactivate(kWifi, &e);
     }
+    return e;
+}
+
+// Every path ends with a line that names the interfaces as the call leaves them, each up to its
+// first NUL as the log prints it.
+Expected CallModel::setUpstreamParameters(const std::string& iface, const std::string& v4Addr,
+                                          const std::string& v4Gw,
+                                          const std::vector<std::string>& v6Gws) {
+    Expected e = upstreamOutcome(iface, v4Addr, v4Gw, v6Gws);
+    e.closingLine = "setUpstreamParameters up-if:" + printed(iface) + "; down-if(" +
+                    (mUsbStored ? "mdbr0" : "") + "," + printed(mWifiStored) + ")\n";
+    return e;
+}
+
+Expected CallModel::addDownstream(const std::string& iface, const std::string& prefix) {
+    Expected e = addOutcome(iface, prefix);
+    e.closingLine =
+            "addDownstream(down-if:" + printed(iface) + "; up-if:" + printed(mUpstream) + ")\n";
+    return e;
+}
+
+Expected CallModel::removeDownstream(const std::string& iface, const std::string& prefix) {
+    Expected e = removeOutcome(iface, prefix);
+    e.closingLine = "removeDownstream(donw-if: " + printed(iface) +
+                    "; up-if: " + printed(mUpstream) + ")\n";
     return e;
 }
 

@@ -49,6 +49,8 @@ struct Expected {
     uint64_t tx = 0;
     std::vector<std::vector<uint8_t>> requests;
     std::vector<std::string> agentLines;
+    // The line the call ends its log with, where it names the stored interfaces; else empty.
+    std::string closingLine;
 };
 
 class CallModel {
@@ -73,6 +75,10 @@ public:
     CallbackVersion relay() const { return mRelay; }
 
 private:
+    Expected upstreamOutcome(const std::string& iface, const std::string& v4Addr,
+                             const std::string& v4Gw, const std::vector<std::string>& v6Gws);
+    Expected addOutcome(const std::string& iface, const std::string& prefix);
+    Expected removeOutcome(const std::string& iface, const std::string& prefix);
     void activate(uint32_t app, const std::string& up, const std::string& down, Expected* e);
     void deactivate(uint32_t app, Expected* e);
 
