@@ -16,7 +16,8 @@
 
 // Argument checks: checkInterface, verifyIpAddress, checkPrefix, findAddrAndMask and isValidMask
 // of the HAL on arbitrary strings, each answer compared with an independent reading of the same
-// rules (support/ReferenceChecks). A disagreement is a finding, as is any sanitizer report.
+// rules (support/ReferenceChecks). A disagreement is a finding, as is any sanitizer report or a
+// line logged at another level than INFO.
 //
 // Input: a byte choosing the check, a byte choosing the family (b % 5: IPv4, IPv6, any, and two
 // values that are no family), then the argument: the rest of the input as one string, or split
@@ -33,6 +34,7 @@
 #include "fuzz/support/ByteReader.h"
 #include "fuzz/support/Finding.h"
 #include "fuzz/support/FuzzWorld.h"
+#include "fuzz/support/LogLevels.h"
 #include "fuzz/support/ReferenceChecks.h"
 #include "hal/TetherOffloadHal.h"
 
@@ -146,5 +148,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
             break;
         }
     }
+    // The checks' lines tell the flow of a call: INFO, whatever they reject.
+    const std::string level =
+            fuzzsupport::levelProblem(fuzzsupport::CrossingLog::instance().take().logs);
+    if (!level.empty()) fuzzsupport::finding(level);
     return 0;
 }

@@ -17,48 +17,42 @@
 // Framework call sequences: arbitrary bytes become a sequence of the ten framework calls with
 // arbitrary arguments (empty, long, non-ASCII, with embedded NUL; any numbers; null, 1.0 and 1.1
 // callbacks; handles with 0, 1, 2 or no descriptors), interleaved with modem events and with
-// device, agent, framework and standard-error faults, run on a fresh HAL object for each input.
-// Checked on every input, besides the sanitizers:
-// - every call returns OK and answers exactly once;
-// - every request record sent to the device is well formed (support/RequestCheck);
-// - every agent line is one of the service's six command lines;
-// - the USB downstream (as the closing line of setUpstreamParameters shows it) is "" or "mdbr0",
-//   and both stored downstreams are what the calls so far have left;
-// - an offload is activated only while not active, and is active only while its downstream is
-//   stored;
-// - statistics replies are the driver's answer, or zeros where no answer may be read;
-// - events reach the framework as the event thread's rules say (support/EventModel);
-// - after a stopOffload that reports success the object behaves as a new one: a fixed probe of
-//   calls gives exactly the replies, requests, agent lines and log lines it gives on a new object.
+// device, agent, framework, standard-error and conntrack-file changes, run on a fresh HAL object
+// for each input. Checked on every call, besides the sanitizers, against the HAL as the rules
+// describe it (support/CallModel):
+// - it answers exactly once, with the reply the rules give: flag and exact message, or counters;
+// - the device gets exactly the requests the rules call for, byte for byte and in order;
+// - the network agent gets exactly the bridge's command lines, in their order;
+// - the closing log line names the upstream and the stored downstreams as the rules leave them;
+// - the framework hears nothing during a call, and from events what support/EventModel says;
+// - every log line has its level (support/LogLevels);
+// - after a stopOffload that reports success, a fixed probe of calls finds nothing left behind.
 //
 // Input: a sequence of operations, each a byte (b % 16, table in runOp) and its arguments.
 // Strings are a byte s: below 0xC0 one of kWords; 0xC0-0xFE that many minus 0xC0 raw bytes;
 // 0xFF a 16-bit length (up to 1023) and that many raw bytes.
 
-#include <android/hardware/tetheroffload/control/1.0/ITetheringOffloadCallback.h>
 #include <cutils/native_handle.h>
-#include <errno.h>
 #include <fcntl.h>
 #include <stddef.h>
 #include <stdint.h>
-#include <string.h>
 #include <unistd.h>
 
-#include <mutex>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "datapath/OffloadEventHandle.h"
+#include "fakes/ConntrackFiles.h"
 #include "fakes/FakeAgent.h"
 #include "fakes/FakeFramework.h"
 #include "fakes/FakeVexaDevice.h"
 #include "fakes/StandardError.h"
 #include "fuzz/support/ByteReader.h"
+#include "fuzz/support/CallModel.h"
 #include "fuzz/support/EventModel.h"
 #include "fuzz/support/Finding.h"
 #include "fuzz/support/FuzzWorld.h"
-#include "fuzz/support/RequestCheck.h"
+#include "fuzz/support/LogLevels.h"
 #include "hal/TetherOffloadHal.h"
 
 using android::sp;
@@ -66,10 +60,11 @@ using android::hardware::hidl_handle;
 using android::hardware::hidl_string;
 using android::hardware::hidl_vec;
 using android::hardware::Return;
+using fakes::ConntrackFiles;
 using fakes::FakeAgent;
-using fakes::FakeVexaDevice;
 using fuzzsupport::CallbackVersion;
 using fuzzsupport::CrossingLog;
+using fuzzsupport::Expected;
 using fuzzsupport::finding;
 using vendor::tetheroffload::TetherOffloadHal;
 
@@ -77,6 +72,7 @@ namespace {
 
 constexpr size_t kMaxOps = 48;
 constexpr size_t kMaxLongString = 1023;
+constexpr size_t kLogBufferText = 1023;
 
 const char* const kWords[] = {
         "",
@@ -109,7 +105,20 @@ const char* const kWords[] = {
         "10.0.0.1:80/24",
 };
 
-// ---- what the calls leave behind, as far as the outside can tell
+// The conntrack files (null: absent) and the seconds the timeout request must carry for them.
+struct Conntrack {
+    const char* tcp;
+    const char* udp;
+    int32_t tcpSeconds;
+    int32_t udpSeconds;
+};
+
+const Conntrack kConntrack[] = {
+        {"7200\n", "120\n", 7200, 120},
+        {nullptr, nullptr, 432000, 180},
+        {"0\n", "-5", 432000, 180},
+        {" 600x", "+60\n", 600, 60},
+};
 
 struct World {
     int ioctlError = 0;
@@ -119,48 +128,46 @@ struct World {
     FakeAgent::Mode agent = FakeAgent::Mode::kUp;
     bool frameworkAlive = true;
     bool stderrClosed = false;
-
-    void apply() const {
-        FakeVexaDevice::instance().setIoctlError(ioctlError);
-        FakeVexaDevice::instance().setStatsAnswer(rx, tx, statsLen);
-        FakeAgent::setMode(agent);
-        fakes::FakeFramework::setAlive(frameworkAlive);
-        fakes::StandardError::setClosed(stderrClosed);
-    }
+    size_t conntrack = 0;
 };
 
-struct Offload {
-    bool initialised = false;
-    CallbackVersion version = CallbackVersion::kNone;
-    bool usbStored = false;
-    std::string wifiStored;  // as the framework named it
-    bool usbActive = false;
-    bool wifiActive = false;
-};
-
-// What crossed the boundary during one call, in order.
-struct Observed {
-    std::vector<std::vector<uint8_t>> requests;
-    std::vector<std::string> agentLines;
-    std::vector<std::string> logLines;
-
-    void clear() {
-        CrossingLog::instance().take();
-        requests.clear();
-        agentLines.clear();
-        logLines.clear();
-    }
-};
-
-Observed gObserved;
-
-void collectCrossings();
 World gWorld;
-Offload gOffload;
-std::vector<std::string> gFreshProbe;
+fuzzsupport::CallModel gModel;
+bool gProbing = false;
 int gDevNull = -1;
 
-// ---- the calls
+void setFile(ConntrackFiles::Proto proto, const char* content) {
+    if (content == nullptr) {
+        ConntrackFiles::setAbsent(proto);
+    } else {
+        ConntrackFiles::setContent(proto, content);
+    }
+}
+
+// Hands gWorld to the fakes, and to the model what it changes in the rules' outcome.
+void applyWorld() {
+    const World& w = gWorld;
+    fakes::FakeVexaDevice::instance().setIoctlError(w.ioctlError);
+    fakes::FakeVexaDevice::instance().setStatsAnswer(w.rx, w.tx, w.statsLen);
+    FakeAgent::setMode(w.agent);
+    fakes::FakeFramework::setAlive(w.frameworkAlive);
+    fakes::StandardError::setClosed(w.stderrClosed);
+    const Conntrack& files = kConntrack[w.conntrack];
+    setFile(ConntrackFiles::Proto::kTcp, files.tcp);
+    setFile(ConntrackFiles::Proto::kUdp, files.udp);
+
+    fuzzsupport::Surroundings& s = gModel.world;
+    s.ioctlError = w.ioctlError;
+    s.rx = w.rx;
+    s.tx = w.tx;
+    s.statsLen = w.statsLen;
+    s.agentHears = w.agent != FakeAgent::Mode::kAbsent && !w.stderrClosed;
+    s.frameworkAlive = w.frameworkAlive;
+    s.udpTimeout = files.udpSeconds;
+    s.tcpTimeout = files.tcpSeconds;
+}
+
+// ---- the calls and their check
 
 struct Reply {
     int answers = 0;
@@ -170,40 +177,78 @@ struct Reply {
     uint64_t tx = 0;
 };
 
+std::string hex(const std::vector<uint8_t>& bytes) {
+    static const char kDigits[] = "0123456789abcdef";
+    std::string out;
+    for (uint8_t b : bytes) {
+        out += kDigits[b >> 4];
+        out += kDigits[b & 15];
+    }
+    return out;
+}
+
+std::string listed(const std::vector<std::string>& entries) {
+    std::string out;
+    for (const std::string& e : entries) out += "\n      " + e;
+    return entries.empty() ? "\n      (nothing)" : out;
+}
+
+std::string listed(const std::vector<std::vector<uint8_t>>& requests) {
+    std::vector<std::string> texts;
+    for (const auto& r : requests) texts.push_back(hex(r));
+    return listed(texts);
+}
+
+// What crossed during the call against what the rules expect of it.
+void check(const char* op, const Reply& got, const Expected& want, bool stats) {
+    if (got.answers != 1) finding(std::string(op) + " answered " + std::to_string(got.answers));
+    const fuzzsupport::Crossed crossed = CrossingLog::instance().take();
+    std::string wrong;
+    if (stats && (got.rx != want.rx || got.tx != want.tx)) {
+        wrong += "\n  counters " + std::to_string(got.rx) + "/" + std::to_string(got.tx) +
+                 ", the rules: " + std::to_string(want.rx) + "/" + std::to_string(want.tx);
+    }
+    if (!stats && (got.ok != want.ok || got.msg != want.msg)) {
+        wrong += "\n  reply " + std::to_string(got.ok) + " \"" + got.msg +
+                 "\", the rules: " + std::to_string(want.ok) + " \"" + want.msg + "\"";
+    }
+    if (crossed.requests != want.requests) {
+        wrong += "\n  requests:" + listed(crossed.requests) +
+                 "\n    the rules:" + listed(want.requests);
+    }
+    if (crossed.agentLines != want.agentLines) {
+        wrong += "\n  agent lines:" + listed(crossed.agentLines) +
+                 "\n    the rules:" + listed(want.agentLines);
+    }
+    if (!crossed.callbacks.empty()) wrong += "\n  the framework heard:" + listed(crossed.callbacks);
+    // liblog cuts a longer line at its buffer.
+    const std::string last = crossed.logs.empty() ? "" : crossed.logs.back().second;
+    if (!want.closingLine.empty() && want.closingLine.size() < kLogBufferText &&
+        last != want.closingLine) {
+        wrong += "\n  closing line \"" + last + "\", the rules: \"" + want.closingLine + "\"";
+    }
+    const std::string level = fuzzsupport::levelProblem(crossed.logs);
+    if (!level.empty()) wrong += "\n  " + level;
+    if (!wrong.empty()) finding(std::string(op) + ":" + wrong);
+}
+
 template <typename Call>
-Reply statusCall(const char* op, Call call) {
+Reply statusCall(Call call) {
     Reply r;
     Return<void> ret = call([&](bool ok, const hidl_string& msg) {
         ++r.answers;
         r.ok = ok;
         r.msg = msg;
     });
-    if (!ret.isOk()) finding(std::string(op) + " failed in transport");
-    if (r.answers != 1)
-        finding(std::string(op) + " answered " + std::to_string(r.answers) + " times");
-    collectCrossings();
-    return r;
-}
-
-Reply statsCall(TetherOffloadHal& hal, const hidl_string& upstream) {
-    Reply r;
-    Return<void> ret = hal.getForwardedStats(upstream, [&](uint64_t rx, uint64_t tx) {
-        ++r.answers;
-        r.rx = rx;
-        r.tx = tx;
-    });
-    if (!ret.isOk()) finding("getForwardedStats failed in transport");
-    if (r.answers != 1)
-        finding("getForwardedStats answered " + std::to_string(r.answers) + " times");
-    collectCrossings();
+    if (!ret.isOk()) finding("a call failed in transport");
     return r;
 }
 
 // A handle of `fds` descriptors (3: no native handle), closed when the call is over.
 class Handle {
 public:
-    explicit Handle(int fds) {
-        if (fds > 2) return;
+    explicit Handle(int fds) : mFds(fds > 2 ? -1 : fds) {
+        if (mFds < 0) return;
         mNative = native_handle_create(fds, 0);
         for (int i = 0; i < fds; ++i) mNative->data[i] = dup(gDevNull);
     }
@@ -215,8 +260,10 @@ public:
     Handle(const Handle&) = delete;
     Handle& operator=(const Handle&) = delete;
     hidl_handle get() const { return hidl_handle(mNative); }
+    int fds() const { return mFds; }
 
 private:
+    int mFds;
     native_handle_t* mNative = nullptr;
 };
 
@@ -234,157 +281,91 @@ hidl_vec<hidl_string> takeStrings(fuzzsupport::ByteReader& in, size_t max) {
     return out;
 }
 
-// ---- checks after each call
-
-bool beginsWith(const hidl_string& name, const char* head) {
-    return strncmp(name.c_str(), head, strlen(head)) == 0;
-}
-
-// Activations and deactivations seen on the device move the offload flags.
-void followRequests(const std::vector<std::vector<uint8_t>>& requests, bool* usbOff, bool* wifiOff) {
-    for (const auto& r : requests) {
-        const uint32_t msg = fuzzsupport::requestMsg(r);
-        const bool usb = fuzzsupport::requestApp(r) == 0;
-        bool& active = usb ? gOffload.usbActive : gOffload.wifiActive;
-        if (msg == 2) {
-            if (active) finding("an offload activated again while active");
-            active = true;
-        } else if (msg == 3) {
-            active = false;
-            *(usb ? usbOff : wifiOff) = true;
-        }
-    }
-}
-
-// The closing line "setUpstreamParameters up-if:%s; down-if(%s,%s)\n" shows both stored
-// downstreams. liblog cuts a line at its buffer; then there is nothing to read.
-void checkStoredDownstreams(const hidl_string& iface) {
-    constexpr size_t kLogBufferText = 1023;
-    const std::string head =
-            "setUpstreamParameters up-if:" + std::string(iface.c_str()) + "; down-if(";
-    for (const std::string& line : gObserved.logLines) {
-        if (line.rfind(head, 0) != 0) continue;
-        if (line.size() >= kLogBufferText) return;
-        const std::string tail = line.substr(head.size());
-        if (tail.size() < 3 || tail.compare(tail.size() - 2, 2, ")\n") != 0) return;
-        const std::string expected = std::string(gOffload.usbStored ? "mdbr0" : "") + "," +
-                                     std::string(gOffload.wifiStored.c_str()) + ")\n";
-        if (tail.rfind("mdbr0,", 0) != 0 && tail.rfind(",", 0) != 0) {
-            finding("the USB downstream is neither \"\" nor \"mdbr0\": " + line);
-        }
-        if (tail != expected)
-            finding("stored downstreams " + tail + " where the calls left " + expected);
-        return;
-    }
-    finding("setUpstreamParameters without its closing line");
-}
-
-void checkOffloadInvariant() {
-    if (gOffload.usbActive && !gOffload.usbStored) finding("USB offload active, no USB downstream");
-    if (gOffload.wifiActive && gOffload.wifiStored.empty()) {
-        finding("hotspot offload active, no hotspot downstream");
-    }
-}
-
-void afterDownstreamCall(bool add, const hidl_string& iface, const Reply& r) {
-    bool usbOff = false, wifiOff = false;
-    followRequests(gObserved.requests, &usbOff, &wifiOff);
-    if (r.ok && add && beginsWith(iface, "mdbr")) gOffload.usbStored = true;
-    if (r.ok && add && !beginsWith(iface, "mdbr") && beginsWith(iface, "ap")) {
-        gOffload.wifiStored = std::string(iface);
-    }
-    if (r.ok && !add && usbOff) gOffload.usbStored = false;
-    if (r.ok && !add && wifiOff) gOffload.wifiStored.clear();
-    checkOffloadInvariant();
-}
-
-std::vector<std::string> probe(TetherOffloadHal& hal);
-
-void afterStop(TetherOffloadHal& hal, const Reply& r) {
-    if (r.ok != gOffload.initialised) finding("stopOffload answered " + r.msg);
-    if (!r.ok) return;
-    gOffload = Offload();
-    const std::vector<std::string> seen = probe(hal);
-    if (seen != gFreshProbe) {
-        std::string diff;
-        for (size_t i = 0; i < seen.size() || i < gFreshProbe.size(); ++i) {
-            const std::string a = i < seen.size() ? seen[i] : "(none)";
-            const std::string b = i < gFreshProbe.size() ? gFreshProbe[i] : "(none)";
-            if (a != b) diff += "\n  after stop: " + a + "\n  new object: " + b;
-        }
-        finding("a stopped object is not as new:" + diff);
-    }
-}
-
-void checkStats(const Reply& r) {
-    const bool answered = gOffload.initialised && gWorld.ioctlError == 0 && gWorld.statsLen == 128;
-    const uint64_t rx = answered ? gWorld.rx : 0;
-    const uint64_t tx = answered ? gWorld.tx : 0;
-    if (r.rx != rx || r.tx != tx)
-        finding("getForwardedStats replied other counters than the driver's");
+std::vector<std::string> strings(const hidl_vec<hidl_string>& list) {
+    return std::vector<std::string>(list.begin(), list.end());
 }
 
 void feedEvent(fuzzsupport::ByteReader& in) {
     const fuzzsupport::ModemRead read = fuzzsupport::takeModemRead(in);
     CrossingLog::instance().take();
     fuzzsupport::feed({read});
-    const CallbackVersion version = gOffload.initialised ? gOffload.version : CallbackVersion::kNone;
-    if (CrossingLog::instance().take().callbacks != fuzzsupport::expectedCallbacks(read, version)) {
-        finding("an event reached the framework other than the records say");
+    const fuzzsupport::Crossed crossed = CrossingLog::instance().take();
+    if (crossed.callbacks != fuzzsupport::expectedCallbacks(read, gModel.relay())) {
+        finding("an event reached the framework other than the records say:" +
+                listed(crossed.callbacks));
     }
+    const std::string level = fuzzsupport::levelProblem(crossed.logs);
+    if (!level.empty()) finding("event: " + level);
 }
+
+void probe(TetherOffloadHal& hal);
 
 // ---- one operation of the input
 
 void runOp(TetherOffloadHal& hal, fuzzsupport::ByteReader& in) {
-    gObserved.clear();
+    CrossingLog::instance().take();
     const int op = in.u8() % 16;
     switch (op) {
         case 0: {
             Handle fd1(in.u8() % 4), fd2(in.u8() % 4);
-            statusCall("setHandles",
-                       [&](auto cb) { return hal.setHandles(fd1.get(), fd2.get(), cb); });
+            const Expected want = gModel.setHandles(fd1.fds(), fd2.fds());
+            check("setHandles",
+                  statusCall([&](auto cb) { return hal.setHandles(fd1.get(), fd2.get(), cb); }),
+                  want, false);
             break;
         }
         case 1: {
             const auto version = static_cast<CallbackVersion>(in.u8() % 3);
-            Reply r = statusCall("initOffload", [&](auto cb) {
-                return hal.initOffload(fuzzsupport::makeCallback(version), cb);
-            });
-            const bool mayStart = !gOffload.initialised && version != CallbackVersion::kNone;
-            if (r.ok != mayStart) finding("initOffload answered " + r.msg);
-            if (r.ok) {
-                gOffload.initialised = true;
-                gOffload.version = version;
-            }
+            const Expected want = gModel.initOffload(version);
+            check("initOffload", statusCall([&](auto cb) {
+                      return hal.initOffload(fuzzsupport::makeCallback(version), cb);
+                  }),
+                  want, false);
             break;
         }
-        case 2:
-            afterStop(hal, statusCall("stopOffload", [&](auto cb) { return hal.stopOffload(cb); }));
+        case 2: {
+            const Expected want = gModel.stopOffload();
+            check("stopOffload", statusCall([&](auto cb) { return hal.stopOffload(cb); }), want,
+                  false);
+            if (want.ok && !gProbing) probe(hal);
             break;
+        }
         case 3: {
             const hidl_vec<hidl_string> prefixes = takeStrings(in, 4);
-            statusCall("setLocalPrefixes",
-                       [&](auto cb) { return hal.setLocalPrefixes(prefixes, cb); });
+            const Expected want = gModel.setLocalPrefixes(strings(prefixes));
+            check("setLocalPrefixes",
+                  statusCall([&](auto cb) { return hal.setLocalPrefixes(prefixes, cb); }), want,
+                  false);
             break;
         }
-        case 4:
-            checkStats(statsCall(hal, takeString(in)));
+        case 4: {
+            const hidl_string upstream = takeString(in);
+            Reply r;
+            Return<void> ret = hal.getForwardedStats(upstream, [&](uint64_t rx, uint64_t tx) {
+                ++r.answers;
+                r.rx = rx;
+                r.tx = tx;
+            });
+            if (!ret.isOk()) finding("getForwardedStats failed in transport");
+            check("getForwardedStats", r, gModel.getForwardedStats(), true);
             break;
+        }
         case 5: {
             const hidl_string upstream = takeString(in);
             const uint64_t limit = in.u64();
-            statusCall("setDataLimit",
-                       [&](auto cb) { return hal.setDataLimit(upstream, limit, cb); });
+            check("setDataLimit",
+                  statusCall([&](auto cb) { return hal.setDataLimit(upstream, limit, cb); }),
+                  gModel.setDataLimit(upstream, limit), false);
             break;
         }
         case 6: {
             const hidl_string upstream = takeString(in);
             const uint64_t warning = in.u64();
             const uint64_t limit = in.u64();
-            statusCall("setDataWarningAndLimit", [&](auto cb) {
-                return hal.setDataWarningAndLimit(upstream, warning, limit, cb);
-            });
+            check("setDataWarningAndLimit", statusCall([&](auto cb) {
+                      return hal.setDataWarningAndLimit(upstream, warning, limit, cb);
+                  }),
+                  gModel.setDataWarningAndLimit(upstream, warning, limit), false);
             break;
         }
         case 7: {
@@ -392,26 +373,29 @@ void runOp(TetherOffloadHal& hal, fuzzsupport::ByteReader& in) {
             const hidl_string v4Addr = takeString(in);
             const hidl_string v4Gw = takeString(in);
             const hidl_vec<hidl_string> v6Gws = takeStrings(in, 3);
-            statusCall("setUpstreamParameters", [&](auto cb) {
-                return hal.setUpstreamParameters(iface, v4Addr, v4Gw, v6Gws, cb);
-            });
-            bool usbOff = false, wifiOff = false;
-            followRequests(gObserved.requests, &usbOff, &wifiOff);
-            checkOffloadInvariant();
-            checkStoredDownstreams(iface);
+            const Expected want = gModel.setUpstreamParameters(iface, v4Addr, v4Gw, strings(v6Gws));
+            check("setUpstreamParameters", statusCall([&](auto cb) {
+                      return hal.setUpstreamParameters(iface, v4Addr, v4Gw, v6Gws, cb);
+                  }),
+                  want, false);
             break;
         }
-        case 8:
-        case 9: {
-            const bool add = op == 8;
+        case 8: {
             const hidl_string iface = takeString(in);
             const hidl_string prefix = takeString(in);
-            Reply r = add ? statusCall("addDownstream",
-                                       [&](auto cb) { return hal.addDownstream(iface, prefix, cb); })
-                          : statusCall("removeDownstream", [&](auto cb) {
-                                return hal.removeDownstream(iface, prefix, cb);
-                            });
-            afterDownstreamCall(add, iface, r);
+            const Expected want = gModel.addDownstream(iface, prefix);
+            check("addDownstream",
+                  statusCall([&](auto cb) { return hal.addDownstream(iface, prefix, cb); }), want,
+                  false);
+            break;
+        }
+        case 9: {
+            const hidl_string iface = takeString(in);
+            const hidl_string prefix = takeString(in);
+            const Expected want = gModel.removeDownstream(iface, prefix);
+            check("removeDownstream",
+                  statusCall([&](auto cb) { return hal.removeDownstream(iface, prefix, cb); }),
+                  want, false);
             break;
         }
         case 10:
@@ -419,114 +403,56 @@ void runOp(TetherOffloadHal& hal, fuzzsupport::ByteReader& in) {
             break;
         case 11:
             gWorld.ioctlError = in.u8() % 3 == 0 ? 0 : (in.u8() % 40) + 1;
-            gWorld.apply();
+            applyWorld();
             break;
         case 12:
             gWorld.rx = in.u64();
             gWorld.tx = in.u64();
             gWorld.statsLen = in.u8() % 2 == 0 ? 128 : in.u32();
-            gWorld.apply();
+            applyWorld();
             break;
         case 13:
             gWorld.agent = static_cast<FakeAgent::Mode>(in.u8() % 3);
-            gWorld.apply();
+            applyWorld();
             break;
         case 14:
             gWorld.frameworkAlive = in.u8() % 2 == 0;
-            gWorld.apply();
+            applyWorld();
             break;
-        case 15:
-            gWorld.stderrClosed = in.u8() % 2 != 0;
-            gWorld.apply();
+        case 15: {
+            // Bit 0: standard error closed; the next two: the conntrack files.
+            const uint8_t b = in.u8();
+            gWorld.stderrClosed = (b & 1) != 0;
+            gWorld.conntrack = (b >> 1) % (sizeof(kConntrack) / sizeof(kConntrack[0]));
+            applyWorld();
             break;
+        }
     }
 }
 
-// ---- the probe of a stopped object
-
-std::string hex(const std::vector<uint8_t>& bytes) {
-    static const char kDigits[] = "0123456789abcdef";
-    std::string out;
-    for (uint8_t b : bytes) {
-        out += kDigits[b >> 4];
-        out += kDigits[b & 15];
-    }
-    return out;
-}
-
-void record(std::vector<std::string>* trace, const char* op, const Reply& r) {
-    trace->push_back(std::string(op) + " -> " + (r.ok ? "true " : "false ") + r.msg + " " +
-                     std::to_string(r.rx) + "/" + std::to_string(r.tx));
-    for (const auto& q : gObserved.requests) trace->push_back("  request " + hex(q));
-    for (const auto& a : gObserved.agentLines) trace->push_back("  agent " + a);
-    for (const auto& l : gObserved.logLines) trace->push_back("  log " + l);
-}
-
-// Reveals every field: the closing lines show the upstream and both downstreams, a non-modem
-// upstream ends whatever offload is flagged with its downstream, and a modem upstream then starts
-// both downstreams unless a flag was left set.
-std::vector<std::string> probe(TetherOffloadHal& hal) {
+// A stopped object must be as new. In a plain world these calls show every field: the closing
+// lines name the upstream and downstreams, a non-modem upstream ends whatever offload is flagged,
+// and a modem upstream then starts both downstreams unless a flag was left set.
+void probe(TetherOffloadHal& hal) {
+    static const uint8_t kProbe[] = {
+            4, 1,             // getForwardedStats wanif0
+            1, 2,             // initOffload with a 1.1 callback
+            8, 9,  15,        // addDownstream wlan0 192.168.43.0/24
+            7, 10, 0,  0, 0,  // setUpstreamParameters rmnet_data0
+            8, 4,  14,        // addDownstream mdbr0 192.168.42.0/24
+            8, 6,  16,        // addDownstream ap0 fe80::/64
+            7, 1,  0,  0, 0,  // setUpstreamParameters wanif0
+            2,                // stopOffload
+    };
     const World saved = gWorld;
     gWorld = World();
-    gWorld.apply();
-    std::vector<std::string> trace;
-    const hidl_vec<hidl_string> none;
-    auto step = [&](const char* op, auto call) {
-        gObserved.clear();
-        Reply r = call();
-        record(&trace, op, r);
-    };
-    step("getForwardedStats", [&] { return statsCall(hal, "wanif0"); });
-    step("initOffload", [&] {
-        return statusCall("initOffload", [&](auto cb) {
-            return hal.initOffload(fuzzsupport::makeCallback(CallbackVersion::k1_1), cb);
-        });
-    });
-    step("addDownstream", [&] {
-        return statusCall("addDownstream",
-                          [&](auto cb) { return hal.addDownstream("wlan0", "10.0.0.0/8", cb); });
-    });
-    step("setUpstreamParameters", [&] {
-        return statusCall("setUpstreamParameters", [&](auto cb) {
-            return hal.setUpstreamParameters("rmnet_data0", "", "", none, cb);
-        });
-    });
-    step("addDownstream", [&] {
-        return statusCall("addDownstream", [&](auto cb) {
-            return hal.addDownstream("mdbr0", "192.168.42.0/24", cb);
-        });
-    });
-    step("addDownstream", [&] {
-        return statusCall("addDownstream",
-                          [&](auto cb) { return hal.addDownstream("ap0", "fe80::/64", cb); });
-    });
-    step("setUpstreamParameters", [&] {
-        return statusCall("setUpstreamParameters", [&](auto cb) {
-            return hal.setUpstreamParameters("wanif0", "", "", none, cb);
-        });
-    });
-    step("stopOffload",
-         [&] { return statusCall("stopOffload", [&](auto cb) { return hal.stopOffload(cb); }); });
-    CrossingLog::instance().take();
+    applyWorld();
+    gProbing = true;
+    fuzzsupport::ByteReader in(kProbe, sizeof(kProbe));
+    while (!in.empty()) runOp(hal, in);
+    gProbing = false;
     gWorld = saved;
-    gWorld.apply();
-    return trace;
-}
-
-// Takes what crossed during a call: every request must be well formed and every agent line one
-// of the service's.
-void collectCrossings() {
-    fuzzsupport::Crossed crossed = CrossingLog::instance().take();
-    for (const auto& request : crossed.requests) {
-        const std::string problem = fuzzsupport::requestProblem(request);
-        if (!problem.empty()) finding("request " + hex(request) + ": " + problem);
-        gObserved.requests.push_back(request);
-    }
-    for (const std::string& line : crossed.agentLines) {
-        if (!fuzzsupport::isServiceCommand(line)) finding("agent line \"" + line + "\"");
-        gObserved.agentLines.push_back(line);
-    }
-    for (const auto& log : crossed.logs) gObserved.logLines.push_back(log.second);
+    applyWorld();
 }
 
 }  // namespace
@@ -536,18 +462,16 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
     fuzzsupport::prepareWorld();
     gDevNull = open("/dev/null", O_RDWR | O_CLOEXEC);
     if (OffloadEventHandle::createEventThread() != 0 ||
-        !FakeVexaDevice::instance().waitReaderBlocked()) {
+        !fakes::FakeVexaDevice::instance().waitReaderBlocked()) {
         finding("the event thread did not start reading the device");
     }
-    sp<TetherOffloadHal> fresh = new TetherOffloadHal();
-    gFreshProbe = probe(*fresh);
     return 0;
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     gWorld = World();
-    gWorld.apply();
-    gOffload = Offload();
+    gModel = fuzzsupport::CallModel();
+    applyWorld();
     CrossingLog::instance().take();
 
     sp<TetherOffloadHal> hal = new TetherOffloadHal();
@@ -556,7 +480,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
 
     // The framework going away: the relay must not outlive the object.
     gWorld = World();
-    gWorld.apply();
+    applyWorld();
     hal->stopOffload([](bool, const hidl_string&) {});
     CrossingLog::instance().take();
     return 0;

@@ -20,7 +20,7 @@
 // framework hear exactly what the device protocol and the event thread's rules say (EventModel):
 // nothing decided on bytes the read did not return, only values the framework defines, and
 // updateTimeout only for a 28-byte connection update with its slots mapped as the service defines
-// them.
+// them. Every line the records cause must have its level (LogLevels).
 //
 // Input: one set-up byte (callback version = b % 3: none, 1.0, 1.1; (b / 3) % 2: the framework
 // is dead; (b / 6) % 2: a userdebug build, which logs addresses), then reads as ByteReader.h
@@ -40,6 +40,7 @@
 #include "fuzz/support/EventModel.h"
 #include "fuzz/support/Finding.h"
 #include "fuzz/support/FuzzWorld.h"
+#include "fuzz/support/LogLevels.h"
 #include "timeout/ConnTimeoutUpdate.h"
 
 using fuzzsupport::CallbackVersion;
@@ -75,7 +76,10 @@ void check(const std::vector<ModemRead>& reads, CallbackVersion version) {
             expected.push_back(std::move(e));
         }
     }
-    const std::vector<std::string> heard = CrossingLog::instance().take().callbacks;
+    const fuzzsupport::Crossed crossed = CrossingLog::instance().take();
+    const std::string level = fuzzsupport::levelProblem(crossed.logs);
+    if (!level.empty()) fuzzsupport::finding(level);
+    const std::vector<std::string>& heard = crossed.callbacks;
     std::string why;
     for (const std::string& entry : heard) {
         if (!fuzzsupport::definedByFramework(entry, version, &why)) {

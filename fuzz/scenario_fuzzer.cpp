@@ -14,190 +14,192 @@
  * limitations under the License.
  */
 
-// The scenario language: arbitrary text given to the script parser, and each of its lines to the
-// console's line handling. Checked on every input, against an independent reading of the
-// language (support/ReferenceScenario): a malformed script is refused whole, with an error that
-// names its first malformed line, and runs nothing; a well-formed one gives one command a line,
-// with the values its words say; the console accepts exactly the well-formed lines. No crash and
-// no sanitizer report.
+// The scenario language as a hostile script meets it: arbitrary text given to the script parser,
+// to its streaming reader line by line, and each line to the console. Properties only, no second
+// reading of the language; checked on every input besides the sanitizers and libFuzzer's timeout:
+// - a script passes, or is refused with exactly "NAME:LINE: message", LINE being a line of the
+//   input, a non-empty message and no command left to run;
+// - the streaming reader hands out the same commands and stops at that same line;
+// - a refused line is never blank;
+// - a command's words written back in scenario quoting read as the same command, with the same
+//   values;
+// - a comment appended to a line changes nothing: the same command, or still refused;
+// - the console accepts every line a script accepts, as the same command, and besides only its
+//   own help and quit.
 
 #include <stddef.h>
 #include <stdint.h>
-#include <string.h>
 
-#include <algorithm>
-#include <map>
+#include <sstream>
 #include <string>
 #include <variant>
 #include <vector>
 
 #include "ScenarioParser.h"
+#include "ScenarioText.h"
 #include "fuzz/support/Finding.h"
-#include "fuzz/support/ReferenceScenario.h"
 
-using hostrunner::Command;
-using reference::ScenarioWord;
-using reference::Where;
+namespace hr = hostrunner;
 
 namespace {
 
-constexpr const char* kName = "fuzz.scenario";
+constexpr char kName[] = "fuzz.scenario";
+// Lines written back or lengthened stay well below the reader's line limit.
+constexpr size_t kMaxRewritten = 16 * 1024;
 
-std::vector<ScenarioWord> wordsOf(const std::string& line) {
-    std::vector<ScenarioWord> words;
-    reference::splitLine(line, &words);
-    return words;
+template <class... Ts>
+struct Overloaded : Ts... {
+    using Ts::operator()...;
+};
+template <class... Ts>
+Overloaded(Ts...) -> Overloaded<Ts...>;
+
+void expect(bool ok, const std::string& what) {
+    if (!ok) fuzzsupport::finding(what);
 }
 
-bool isDeviceAbsent(const std::vector<ScenarioWord>& words) {
-    return !words.empty() && words[0].text == "device" && !words[0].quoted;
-}
-
-uint64_t numberOf(const std::string& text) {
-    uint64_t value = 0;
-    reference::number(text, ~0ull, &value);
-    return value;
-}
-
-void expect(bool ok, int line, const std::string& what) {
-    if (!ok) fuzzsupport::finding("line " + std::to_string(line) + ": " + what);
-}
-
-// key=value words from `from` on.
-std::map<std::string, std::string> optionsOf(const std::vector<ScenarioWord>& w, size_t from) {
-    std::map<std::string, std::string> out;
-    for (size_t i = from; i < w.size(); ++i) {
-        const size_t eq = w[i].text.find('=');
-        out[w[i].text.substr(0, eq)] = w[i].text.substr(eq + 1);
-    }
+std::string joined(const std::vector<std::string>& words) {
+    std::string out;
+    for (const std::string& w : words) out += w + '\x1f';
     return out;
 }
 
-template <typename T>
-T fieldAt(const std::vector<uint8_t>& record, size_t offset) {
-    T value{};
-    if (offset + sizeof(T) <= record.size()) memcpy(&value, record.data() + offset, sizeof(T));
-    return value;
+std::string hex(const std::vector<uint8_t>& bytes) {
+    static const char kDigits[] = "0123456789abcdef";
+    std::string out;
+    for (uint8_t b : bytes) out += {kDigits[b >> 4], kDigits[b & 15]};
+    return out;
 }
 
-uint16_t statusOf(const std::string& text) {
-    static const std::map<std::string, uint16_t> names = {
-            {"STARTED", 1},           {"STOPPED_ERROR", 2},         {"STOPPED_UNSUPPORTED", 3},
-            {"SUPPORT_AVAILABLE", 4}, {"STOPPED_LIMIT_REACHED", 5}, {"CONNECT_UPDATE", 6},
-            {"WARNING_REACHED", 7}};
-    const std::string name = text.rfind("VEXA_", 0) == 0 ? text.substr(5) : text;
-    auto it = names.find(name);
-    return it != names.end() ? it->second : static_cast<uint16_t>(numberOf(text));
+// The values a command carries, to compare two readings of it. Those of `proc` are left out: a
+// file content of "absent" written back plain would become the keyword.
+std::string valuesOf(const hr::CommandBody& body) {
+    auto n = [](auto v) { return std::to_string(static_cast<uint64_t>(v)) + '\x1f'; };
+    return std::to_string(body.index()) + ":" +
+           std::visit(
+                   Overloaded{
+                           [&](const hr::SetHandles& b) { return n(b.fds1) + n(b.fds2); },
+                           [&](const hr::InitOffload& b) { return n(b.callback); },
+                           [&](const hr::SetLocalPrefixes& b) { return joined(b.prefixes); },
+                           [&](const hr::GetForwardedStats& b) { return b.upstream; },
+                           [&](const hr::SetDataLimit& b) { return b.upstream + n(b.limit); },
+                           [&](const hr::SetDataWarningAndLimit& b) {
+                               return b.upstream + n(b.warning) + n(b.limit);
+                           },
+                           [&](const hr::SetUpstreamParameters& b) {
+                               return joined({b.iface, b.v4Addr, b.v4Gw}) + joined(b.v6Gws);
+                           },
+                           [&](const hr::AddDownstream& b) {
+                               return joined({b.iface, b.prefix});
+                           },
+                           [&](const hr::RemoveDownstream& b) {
+                               return joined({b.iface, b.prefix});
+                           },
+                           [&](const hr::ModemEvent& b) { return hex(b.record) + n(b.readSize); },
+                           [&](const hr::ModemReadFail& b) { return n(b.errnum); },
+                           [&](const hr::ModemStats& b) { return n(b.rx) + n(b.tx) + n(b.dataLen); },
+                           [&](const hr::ModemIoctl& b) { return n(b.errnum); },
+                           [&](const hr::Agent& b) { return n(b.mode); },
+                           [&](const hr::FrameworkState& b) { return n(b.alive); },
+                           [&](const hr::Prop& b) {
+                               return joined({b.name, b.value});
+                           },
+                           [&](const hr::Stderr& b) { return n(b.closed); },
+                           [&](const hr::Wait& b) { return n(b.millis); },
+                           [](const auto&) { return std::string(); },
+                   },
+                   body);
 }
 
-// The record of `modem event` or `modem conn`: header fields, payload and read size as given.
-void checkModemRecord(const hostrunner::ModemEvent& e, const std::vector<ScenarioWord>& w,
-                      int line) {
-    const bool conn = w[1].text == "conn";
-    auto opts = optionsOf(w, conn ? 2 : 3);
-    const size_t payload = conn ? 28 : opts["payload"].size() / 2;
-    expect(e.record.size() == 16 + payload, line, "record size");
-    expect(fieldAt<uint16_t>(e.record, 0) ==
-                   (opts.count("mcode") ? numberOf(opts["mcode"]) : 0x2454),
-           line, "mcode");
-    expect(fieldAt<uint16_t>(e.record, 2) == (conn ? 6 : statusOf(w[2].text)), line, "status");
-    expect(fieldAt<uint32_t>(e.record, 4) == numberOf(opts["app"]), line, "app");
-    expect(fieldAt<uint32_t>(e.record, 8) == numberOf(opts["msg"]), line, "msg");
-    expect(fieldAt<uint32_t>(e.record, 12) == (opts.count("len") ? numberOf(opts["len"]) : payload),
-           line, "data_len");
-    const size_t read =
-            opts.count("read") ? numberOf(opts["read"]) : std::min<size_t>(16 + payload, 272);
-    expect(e.readSize == read, line, "read size");
-    if (conn) {
-        expect(fieldAt<uint16_t>(e.record, 28) == numberOf(opts["port0"]), line, "port0");
-        expect(fieldAt<uint8_t>(e.record, 34) == numberOf(opts["proto"]), line, "proto");
-        expect(fieldAt<uint8_t>(e.record, 40) == numberOf(opts["dst_nat"]), line, "dst_nat");
+bool same(const hr::Command& a, const hr::Command& b) {
+    return a.line == b.line && a.name == b.name && a.args == b.args &&
+           valuesOf(a.body) == valuesOf(b.body);
+}
+
+std::vector<std::string> linesOf(const std::string& text) {
+    std::vector<std::string> lines;
+    std::istringstream in(text);
+    for (std::string line; std::getline(in, line);) lines.push_back(line);
+    return lines;
+}
+
+// LINE of "NAME:LINE: message" with a message; 0 for any other form.
+size_t refusedLine(const std::string& error) {
+    const std::string head = std::string(kName) + ":";
+    if (error.compare(0, head.size(), head) != 0) return 0;
+    size_t line = 0;
+    size_t at = head.size();
+    for (; at < error.size() && error[at] >= '0' && error[at] <= '9' && line < 1e9; ++at) {
+        line = line * 10 + (error[at] - '0');
     }
+    if (error.compare(at, 2, ": ") != 0 || error.size() == at + 2) return 0;
+    return line;
 }
 
-// The command and values the words of a well-formed line give.
-void checkValues(const Command& c, const std::vector<ScenarioWord>& w, int line) {
-    expect(c.name == w[0].text && c.args.size() + 1 == w.size(), line, "name and arguments");
-    for (size_t i = 0; i < c.args.size(); ++i) {
-        expect(c.args[i] == w[i + 1].text, line, "argument " + std::to_string(i + 1));
-    }
-    if (auto* h = std::get_if<hostrunner::SetHandles>(&c.body)) {
-        for (int i = 0; i < 2; ++i) {
-            const std::string& t = w[1 + i].text;
-            const int fds =
-                    t == "none" ? hostrunner::SetHandles::kNoHandle : static_cast<int>(numberOf(t));
-            expect((i == 0 ? h->fds1 : h->fds2) == fds, line, "descriptor count");
-        }
-    } else if (auto* l = std::get_if<hostrunner::SetDataLimit>(&c.body)) {
-        expect(l->upstream == w[1].text && l->limit == numberOf(w[2].text), line, "limit");
-    } else if (auto* wl = std::get_if<hostrunner::SetDataWarningAndLimit>(&c.body)) {
-        expect(wl->warning == numberOf(w[2].text) && wl->limit == numberOf(w[3].text), line,
-               "warning and limit");
-    } else if (auto* wait = std::get_if<hostrunner::Wait>(&c.body)) {
-        expect(wait->millis == numberOf(w[1].text), line, "wait");
-    } else if (auto* e = std::get_if<hostrunner::ModemEvent>(&c.body)) {
-        checkModemRecord(*e, w, line);
-    } else if (auto* st = std::get_if<hostrunner::ModemStats>(&c.body)) {
-        auto opts = optionsOf(w, 4);
-        expect(st->rx == numberOf(w[2].text) && st->tx == numberOf(w[3].text) &&
-                       st->dataLen == (opts.count("len") ? numberOf(opts["len"]) : 128),
-               line, "statistics answer");
-    }
+void checkRewritten(const hr::Command& c) {
+    std::string text = hostreplay::scenarioWord(c.name);
+    for (const std::string& arg : c.args) text += " " + hostreplay::scenarioWord(arg);
+    if (text.size() > kMaxRewritten) return;
+    const hr::LineResult again = hr::parseLine(text, c.line, hr::Source::kScript);
+    expect(again.error.empty() && same(again.command, c),
+           "line " + std::to_string(c.line) + " written back as " + text + " reads otherwise " +
+                   again.error);
 }
 
-// The first malformed line, or `device absent` after another command; 0 when there is none.
-int firstRefusedLine(const std::vector<std::string>& lines) {
-    bool otherCommandSeen = false;
-    for (size_t i = 0; i < lines.size(); ++i) {
-        const std::vector<ScenarioWord> words = wordsOf(lines[i]);
-        if (!reference::wellFormed(lines[i], Where::kScript) ||
-            (isDeviceAbsent(words) && otherCommandSeen)) {
-            return static_cast<int>(i + 1);
-        }
-        if (!words.empty() && !isDeviceAbsent(words)) otherCommandSeen = true;
+void checkLine(const std::string& text, int line) {
+    const hr::LineResult script = hr::parseLine(text, line, hr::Source::kScript);
+    const hr::LineResult console = hr::parseLine(text, line, hr::Source::kConsole);
+    const std::string where = "line " + std::to_string(line) + ": ";
+    expect(script.error.empty() || !script.blank, where + "refused, yet blank");
+    expect(console.error.empty() || !console.blank, where + "refused by the console, yet blank");
+    if (script.error.empty()) {
+        expect(console.error.empty() && console.blank == script.blank &&
+                       (script.blank || same(console.command, script.command)),
+               where + "a script takes it, the console not as the same command");
+        if (!script.blank) checkRewritten(script.command);
+    } else if (console.error.empty()) {
+        const hr::CommandBody& body = console.command.body;
+        expect(std::holds_alternative<hr::Help>(body) || std::holds_alternative<hr::Quit>(body),
+               where + "the console takes it, a script not: " + script.error);
     }
-    return 0;
+    if (text.size() > kMaxRewritten) return;
+    const hr::LineResult commented = hr::parseLine(text + " # appended", line, hr::Source::kScript);
+    expect(commented.error.empty() == script.error.empty() && commented.blank == script.blank &&
+                   (!script.error.empty() || script.blank ||
+                    same(commented.command, script.command)),
+           where + "reads otherwise with a comment appended");
 }
 
-// A script is refused whole at its first refused line; otherwise every non-blank line is one
-// command.
 void checkScript(const std::string& text) {
-    const hostrunner::ScriptResult result = hostrunner::parseScript(text, kName);
-    const std::vector<std::string> lines = reference::linesOf(text);
-    const int refused = firstRefusedLine(lines);
-    if (refused != 0) {
-        const std::string head = std::string(kName) + ":" + std::to_string(refused) + ": ";
-        expect(result.error.rfind(head, 0) == 0 && result.error.size() > head.size(), refused,
-               "refused by the rules, but the parser said \"" + result.error + "\"");
-        expect(result.commands.empty(), refused, "a refused script still has commands");
+    const hr::ScriptResult whole = hr::parseScript(text, kName);
+    const std::vector<std::string> lines = linesOf(text);
+    hr::ScriptLines reader;
+    std::vector<hr::Command> handedOut;
+    size_t refusedAt = 0;
+    for (const std::string& line : lines) {
+        const hr::LineResult r = reader.next(line);
+        if (!r.error.empty()) {
+            refusedAt = static_cast<size_t>(reader.line());
+            break;
+        }
+        if (!r.blank) handedOut.push_back(r.command);
+    }
+    if (whole.error.empty()) {
+        expect(refusedAt == 0,
+               "the reader refuses line " + std::to_string(refusedAt) + " of a script that passes");
+        bool sameCommands = whole.commands.size() == handedOut.size();
+        for (size_t i = 0; sameCommands && i < handedOut.size(); ++i) {
+            sameCommands = same(whole.commands[i], handedOut[i]);
+        }
+        expect(sameCommands, "the script and its reader give other commands");
         return;
     }
-    expect(result.error.empty(), 0, "a well-formed script refused: " + result.error);
-    size_t commands = 0;
-    for (size_t i = 0; i < lines.size(); ++i) {
-        const int line = static_cast<int>(i + 1);
-        const std::vector<ScenarioWord> words = wordsOf(lines[i]);
-        if (words.empty()) continue;
-        expect(commands < result.commands.size() && result.commands[commands].line == line, line,
-               "no command for this line");
-        checkValues(result.commands[commands], words, line);
-        ++commands;
-    }
-    expect(result.commands.size() == commands, 0, "more commands than lines");
-}
+    const size_t line = refusedLine(whole.error);
 
-// The console takes each line on its own; help and quit are its own.
-void checkConsole(const std::string& text) {
-    int line = 0;
-    for (const std::string& l : reference::linesOf(text)) {
-        ++line;
-        const hostrunner::LineResult r =
-                hostrunner::parseLine(l, line, hostrunner::Source::kConsole);
-        const bool good = reference::wellFormed(l, Where::kConsole);
-        expect(r.error.empty() == good, line,
-               good ? "well formed, but the console said " + r.error : "malformed, but accepted");
-        expect(!good || r.blank == wordsOf(l).empty(), line, "blank line");
-    }
+    expect(line >= 1 && line <= lines.size(), "refused as \"" + whole.error + "\"");
+    expect(whole.commands.empty(), "a refused script still has commands to run");
+    expect(line == refusedAt, "refused at line " + std::to_string(line) + ", the reader at " +
+                                      std::to_string(refusedAt));
 }
 
 }  // namespace
@@ -210,6 +212,7 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const std::string text(reinterpret_cast<const char*>(data), size);
     checkScript(text);
-    checkConsole(text);
+    int line = 0;
+    for (const std::string& l : linesOf(text)) checkLine(l, ++line);
     return 0;
 }

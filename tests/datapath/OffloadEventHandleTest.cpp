@@ -15,8 +15,8 @@
  */
 
 // The data-path client against the emulated modem: the requests as the driver receives them and
-// the ways a command fails; the event thread's dispatch, its pause after failed reads, and
-// unregistering while a dispatch is in progress.
+// the ways a command fails; the event thread's dispatch, its pause after failed reads, the lock
+// every dispatch lets go of, and unregistering while a dispatch is in progress.
 
 #include <errno.h>
 #include <gmock/gmock.h>
@@ -29,6 +29,7 @@
 #include <fstream>
 #include <functional>
 #include <future>
+#include <memory>
 #include <string>
 #include <thread>
 #include <vector>
@@ -239,13 +240,15 @@ protected:
 
     void SetUp() override { testsupport::observed().clear(); }
 
-    // The argument is not compared: this clears whatever a test left registered.
+    // The argument is not compared: this clears whatever a test left registered. A lock that a
+    // dispatch kept would hold it for good.
     void TearDown() override {
         FakeFramework::setAlive(true);
-        mHandle->unregisterTimeoutCallback(nullptr);
+        if (!mLockKept) mHandle->unregisterTimeoutCallback(nullptr);
     }
 
     OffloadEventHandle* mHandle = OffloadEventHandle::getInstance();
+    bool mLockKept = false;
 };
 
 // Each row with the framework dead and alive: a lost call is logged and the event thread reads on.
@@ -298,6 +301,59 @@ TEST_F(EventThreadTest, DispatchTableForBothCallbackVersions) {
             }
         }
         mHandle->unregisterTimeoutCallback(&updater);
+    }
+}
+
+// Whether `call` returns within a few seconds on another thread. One that waits on a lock nobody
+// lets go of is left behind, detached, so that the test fails instead of hanging.
+bool returnsSoon(std::function<void()> call) {
+    auto returned = std::make_shared<std::promise<void>>();
+    std::future<void> done = returned->get_future();
+    std::thread([call, returned] {
+        call();
+        returned->set_value();
+    }).detach();
+    return done.wait_for(std::chrono::seconds(5)) == std::future_status::ready;
+}
+
+// Every way out of a dispatch lets go of the lock: without a relay, with a bad mcode, after each
+// status, an unknown one and a failed read, for a 1.0 and a 1.1 relay. Otherwise the next
+// registration would wait for good, and only a scenario's timeout would tell.
+TEST_F(EventThreadTest, EveryDispatchPathLetsGoOfTheLock) {
+    namespace V1_1 = android::hardware::tetheroffload::control::V1_1;
+    Bytes badMcode = eventRecord(VEXA_STARTED);
+    badMcode[0] = 0;
+    const std::pair<const char*, Bytes> paths[] = {
+            {"started", eventRecord(1)},
+            {"stopped error", eventRecord(2)},
+            {"stopped unsupported", eventRecord(3)},
+            {"support available", eventRecord(4)},
+            {"limit reached", eventRecord(5)},
+            {"connection update", eventRecord(6, sizeof(vexa_conn_update_t))},
+            {"connection update of a wrong length", eventRecord(6, 4)},
+            {"warning reached", eventRecord(7)},
+            {"unknown status", eventRecord(9)},
+            {"bad mcode", badMcode},
+            {"failed read", {}},
+    };
+    ConnTimeoutUpdate v10(FakeFramework::makeCallback(FakeFramework::Version::k1_0));
+    ConnTimeoutUpdate v11(V1_1::ITetheringOffloadCallback::castFrom(
+            FakeFramework::makeCallback(FakeFramework::Version::k1_1)));
+    OffloadEventHandle* handle = mHandle;
+    for (ConnTimeoutUpdate* relay : {static_cast<ConnTimeoutUpdate*>(nullptr), &v10, &v11}) {
+        if (relay != nullptr) handle->registerTimeoutCallback(relay);
+        for (const auto& [path, record] : paths) {
+            SCOPED_TRACE(std::string(path) +
+                         (relay == nullptr ? ", no relay"
+                                           : std::string(", relay ") + relay->callbackVersion()));
+            ASSERT_TRUE(record.empty() ? testsupport::deliverReadFailure(EIO) : deliver(record));
+            mLockKept = !returnsSoon([handle, relay] {
+                handle->unregisterTimeoutCallback(relay);
+                if (relay != nullptr) handle->registerTimeoutCallback(relay);
+            });
+            ASSERT_FALSE(mLockKept) << "the dispatch kept the lock";
+        }
+        handle->unregisterTimeoutCallback(relay);
     }
 }
 
