@@ -72,25 +72,36 @@ const Failure kFailures[] = {
         {"onEvent onEvent_1_1 updateTimeout", "% to framework failed: *"},
 };
 
-bool matches(const Failure& f, const std::string& line) {
-    const std::string glob = f.glob;
-    const size_t at = glob.find('%');
-    if (at == std::string::npos) return fnmatch(f.glob, line.c_str(), FNM_NOESCAPE) == 0;
-    const std::string names = std::string(f.names) + " ";
-    for (size_t from = 0, end; (end = names.find(' ', from)) != std::string::npos; from = end + 1) {
-        const std::string one =
-                glob.substr(0, at) + names.substr(from, end - from) + glob.substr(at + 1);
-        if (fnmatch(one.c_str(), line.c_str(), FNM_NOESCAPE) == 0) return true;
-    }
-    return false;
+// Every failure glob with its names put in, made once: the check runs for every line of every
+// input.
+const std::vector<std::string>& failureGlobs() {
+    static const auto* globs = [] {
+        auto* out = new std::vector<std::string>();
+        for (const Failure& f : kFailures) {
+            const std::string glob = f.glob;
+            const size_t at = glob.find('%');
+            if (at == std::string::npos) {
+                out->push_back(glob);
+                continue;
+            }
+            const std::string names = std::string(f.names) + " ";
+            for (size_t from = 0, end; (end = names.find(' ', from)) != std::string::npos;
+                 from = end + 1) {
+                out->push_back(glob.substr(0, at) + names.substr(from, end - from) +
+                               glob.substr(at + 1));
+            }
+        }
+        return out;
+    }();
+    return *globs;
 }
 
 }  // namespace
 
 int expectedPriority(const std::string& line) {
     if (line == "WARNING: SIGPIPE not blocked\n") return kWarn;
-    for (const Failure& f : kFailures) {
-        if (matches(f, line)) return kError;
+    for (const std::string& glob : failureGlobs()) {
+        if (fnmatch(glob.c_str(), line.c_str(), FNM_NOESCAPE) == 0) return kError;
     }
     return kInfo;
 }
