@@ -16,15 +16,13 @@
 
 // The fakes as the service meets them, on the desktop and on a phone alike: "/dev/vexa" read by
 // the real event thread and asked by ioctl, the conntrack files, properties, standard error, the
-// log tap, the agent and the framework's callbacks.
+// agent and the framework's callbacks. The log tap's records are pinned by the golden traces.
 
 #include <android/hardware/tetheroffload/control/1.1/ITetheringOffloadCallback.h>
-#include <android/log.h>
 #include <cutils/properties.h>
 #include <errno.h>
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <pthread.h>
 #include <stdio.h>
 #include <string.h>
 #include <sys/ioctl.h>
@@ -32,7 +30,6 @@
 #include <vendor/korvan/hardware/plexd/1.0/IPlexd.h>
 
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "datapath/OffloadEventHandle.h"
@@ -232,21 +229,6 @@ TEST(StandardErrorTest, ClosedMakesWritesFailAndOpenRestoresThem) {
     EXPECT_FALSE(ferror(stderr)) << "the error flag is cleared when reopened";
     EXPECT_EQ(5, fprintf(stderr, "after"));
     EXPECT_EQ("before|after", testing::internal::GetCapturedStderr());
-}
-
-TEST(LogTapTest, LinesAreObservedAsFormattedWithTheirThread) {
-    observed().clear();
-    std::thread([] {
-        pthread_setname_np(pthread_self(), "HandleEvent");
-        __android_log_print(ANDROID_LOG_DEBUG, "TetherOffload", "open %s done, fd=%d%%\n", "x", 7);
-    }).join();
-    const auto logs = observed().of<fakes::LogRecord>();
-    ASSERT_EQ(1u, logs.size());
-    EXPECT_EQ(ANDROID_LOG_DEBUG, logs[0].prio) << "lines below INFO are kept";
-    EXPECT_EQ("TetherOffload", logs[0].tag);
-    EXPECT_EQ("open x done, fd=7%\n", logs[0].msg);
-    EXPECT_EQ("HandleEvent", logs[0].thread);
-    EXPECT_EQ(getpid(), logs[0].pid);
 }
 
 TEST(PeersTest, AgentModes) {

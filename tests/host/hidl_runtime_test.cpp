@@ -25,7 +25,6 @@
 
 #include <functional>
 #include <string>
-#include <type_traits>
 #include <vector>
 
 namespace hostplatform {
@@ -35,13 +34,10 @@ using ::android::DEAD_OBJECT;
 using ::android::FAILED_TRANSACTION;
 using ::android::OK;
 using ::android::sp;
-using ::android::hardware::hidl_bitfield;
-using ::android::hardware::hidl_enum_range;
 using ::android::hardware::hidl_string;
 using ::android::hardware::hidl_vec;
 using ::android::hardware::Return;
 using ::android::hardware::Status;
-using ::android::hardware::details::toHexString;
 namespace V1_0 = ::android::hardware::tetheroffload::control::V1_0;
 namespace V1_1 = ::android::hardware::tetheroffload::control::V1_1;
 
@@ -177,28 +173,6 @@ TEST(HidlSizeDeathTest, SizesBeyond32BitsEndTheProcess) {
     const size_t tooLarge = size_t{1} << 32;
     EXPECT_EXIT((void)hidl_string("x", tooLarge), ::testing::KilledBySignal(SIGABRT), "");
     EXPECT_EXIT((void)hidl_vec<uint8_t>(tooLarge), ::testing::KilledBySignal(SIGABRT), "");
-}
-
-// What generated toString and enum helpers make of the runtime's pieces.
-TEST(GeneratedHelpersTest, TextOfValuesAndEveryEnumValue) {
-    EXPECT_EQ("0x2a", toHexString(uint32_t{42}));
-    EXPECT_EQ("0xffffffff", toHexString(int32_t{-1}));
-    EXPECT_EQ("0", toHexString(uint8_t{0}, false));
-
-    V1_0::NatTimeoutUpdate update{{"192.168.43.2", 80}, {"8.8.8.8", 53}, V1_0::NetworkProtocol::UDP};
-    EXPECT_EQ(
-            "{.src = {.addr = \"192.168.43.2\", .port = 80}, .dst = {.addr = \"8.8.8.8\", "
-            ".port = 53}, .proto = UDP}",
-            V1_0::toString(update));
-    EXPECT_EQ("0x9", V1_0::toString(static_cast<V1_0::OffloadCallbackEvent>(9)));
-
-    static_assert(std::is_same<hidl_bitfield<V1_1::OffloadCallbackEvent>, uint32_t>::value,
-                  "flags of an enum are its underlying type");
-    const hidl_enum_range<V1_1::OffloadCallbackEvent> range;
-    std::vector<V1_1::OffloadCallbackEvent> values(range.begin(), range.end());
-    ASSERT_EQ(6u, values.size());
-    EXPECT_EQ(V1_1::OffloadCallbackEvent::OFFLOAD_STARTED, values.front());
-    EXPECT_EQ(V1_1::OffloadCallbackEvent::OFFLOAD_WARNING_REACHED, values.back());
 }
 
 // A 1.1 control that breaks the stub's rules in the way `mode` says.
