@@ -462,7 +462,7 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
     fuzzsupport::prepareWorld();
     gDevNull = open("/dev/null", O_RDWR | O_CLOEXEC);
     if (OffloadEventHandle::createEventThread() != 0 ||
-        !fakes::FakeVexaDevice::instance().waitReaderBlocked()) {
+        !fakes::FakeVexaDevice::instance().waitReaderBlocked(fuzzsupport::kStartLimit)) {
         finding("the event thread did not start reading the device");
     }
     return 0;

@@ -99,7 +99,7 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
     fuzzsupport::prepareWorld();
     // Opens the fake device and starts the one event thread of the process.
     if (OffloadEventHandle::createEventThread() != 0 ||
-        !fakes::FakeVexaDevice::instance().waitReaderBlocked()) {
+        !fakes::FakeVexaDevice::instance().waitReaderBlocked(fuzzsupport::kStartLimit)) {
         fuzzsupport::finding("the event thread did not start reading the device");
     }
     return 0;

@@ -23,6 +23,7 @@
 #include <android/hardware/tetheroffload/control/1.0/ITetheringOffloadCallback.h>
 #include <utils/StrongPointer.h>
 
+#include <chrono>
 #include <mutex>
 #include <string>
 #include <vector>
@@ -34,6 +35,11 @@ namespace fuzzsupport {
 
 // Once, from LLVMFuzzerInitialize, after keepReportChannel().
 void prepareWorld();
+
+// How long the event thread may take to start reading the device: generous, since a loaded
+// machine (or a profiler) slows a sanitized program's start, and a thread that never reads
+// fails the same.
+constexpr std::chrono::seconds kStartLimit{10};
 
 // Null for kNone.
 android::sp<android::hardware::tetheroffload::control::V1_0::ITetheringOffloadCallback> makeCallback(
