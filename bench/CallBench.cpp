@@ -103,7 +103,7 @@ std::vector<CallCase> callCases() {
     };
 }
 
-// One emulated device request: what each call pays at least once for the modem.
+// One device request to the fake: what each call pays at least once for the modem.
 void deviceRequest() {
     vexa_common_hdr_t enable = {VEXA_MCODE, VEXA_REQ_STATUS, VEXA_APP_TYPE_ALL, VEXA_CMSG_ENABLE, 0};
     ioctl(fakes::FakeVexaDevice::instance().deviceFd(), VEXA_IOCTL_REQUEST, &enable);

@@ -15,7 +15,7 @@
  */
 
 // One framework call on the real HAL object, for each call that does not move the bridge: the
-// median and the 99th percentile of single calls, beside those of one emulated device request
+// median and the 99th percentile of single calls, beside those of one device request to the fake
 // measured in the same iterations.
 
 #pragma once

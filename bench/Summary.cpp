@@ -90,7 +90,7 @@ void SummaryReporter::printEventPath() const {
 }
 
 void SummaryReporter::printCalls() const {
-    printf("\nOne framework call (microseconds; baseline: one emulated device request)\n");
+    printf("\nOne framework call (microseconds; baseline: one device request to the fake)\n");
     for (const auto& [name, run] : mRuns) {
         if (name.rfind("calls/", 0) != 0) continue;
         const double p99 = counter(name, "p99_us");

@@ -14,7 +14,7 @@
  * limitations under the License.
  */
 
-// The data-path client against the emulated modem: the requests as the driver receives them and
+// The data-path client against the fake device: the requests as the driver receives them and
 // the ways a command fails; the event thread's dispatch, its pause after failed reads, the lock
 // every dispatch lets go of, and unregistering while a dispatch is in progress.
 

@@ -14,7 +14,7 @@
  * limitations under the License.
  */
 
-// The desktop world a replayed scenario runs in (the emulated driver's answers, the conntrack
+// The desktop world a replayed scenario runs in (the fake driver's answers, the conntrack
 // files, the agent, standard error, the framework, the build type) as the scenario has set it so
 // far, and the lines that change it where a step needs it otherwise.
 
