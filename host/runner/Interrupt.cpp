@@ -19,6 +19,7 @@
 #include <errno.h>
 #include <fcntl.h>
 #include <poll.h>
+#include <pthread.h>
 #include <signal.h>
 #include <unistd.h>
 
@@ -45,6 +46,13 @@ void onInterrupt(int) {
 
 }  // namespace
 
+void keepInterruptsForTheConsole() {
+    sigset_t interrupt;
+    sigemptyset(&interrupt);
+    sigaddset(&interrupt, SIGINT);
+    pthread_sigmask(SIG_BLOCK, &interrupt, nullptr);
+}
+
 bool catchInterrupts() {
     int ends[2];
     if (pipe2(ends, O_CLOEXEC | O_NONBLOCK) != 0) return false;
@@ -53,8 +61,12 @@ bool catchInterrupts() {
     struct sigaction action = {};
     action.sa_handler = onInterrupt;
     sigemptyset(&action.sa_mask);
-    action.sa_flags = SA_RESTART;  // the service's own calls on other threads go on
-    return sigaction(SIGINT, &action, nullptr) == 0;
+    action.sa_flags = SA_RESTART;
+    if (sigaction(SIGINT, &action, nullptr) != 0) return false;
+    sigset_t interrupt;
+    sigemptyset(&interrupt);
+    sigaddset(&interrupt, SIGINT);
+    return pthread_sigmask(SIG_UNBLOCK, &interrupt, nullptr) == 0;
 }
 
 int interruptDescriptor() {

@@ -24,7 +24,14 @@
 
 namespace hostrunner {
 
-// From now on SIGINT is caught. False when it could not be set up (Ctrl-C then ends the process).
+// Before the service starts its threads: SIGINT is blocked in the calling thread, and so in every
+// thread it starts, until catchInterrupts() takes it on the console's own thread. A Ctrl-C then
+// never lands on a service thread, where it could interrupt a call or wait unhandled (a
+// sanitizer's runtime defers a signal to a thread blocked in a read).
+void keepInterruptsForTheConsole();
+
+// From now on SIGINT is caught, on the calling thread. False when it could not be set up (Ctrl-C
+// then ends the process).
 bool catchInterrupts();
 
 // The descriptor that is readable while an interrupt is pending, or -1 before catchInterrupts().

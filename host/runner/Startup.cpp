@@ -158,6 +158,7 @@ void startHostRunner(int argc, char** argv, char**) {
     Arguments args = parseArguments(argc, argv);
     if (!args.error.empty()) refuseToStart(args.error + "\n" + kUsage);
     const bool console = args.scenario.empty() && isatty(STDIN_FILENO) == 1;
+    if (console) keepInterruptsForTheConsole();
     if (!console) gScript = checkedScript(args.scenario);
     installTrace(args.trace, console || isatty(STDOUT_FILENO) == 1);
     hostplatform::Threadpool::setServer(console ? runConsole : runScript);
