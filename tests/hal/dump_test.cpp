@@ -29,6 +29,7 @@
 #include <vector>
 
 #include "datapath/OffloadEventHandle.h"
+#include "fakes/FakeVexaDevice.h"
 #include "tests/support/TestSupport.h"
 
 using android::hardware::hidl_handle;
@@ -85,7 +86,11 @@ std::string report(const std::string& initialised, const std::string& upstream,
 
 class DumpTest : public testsupport::HalTest {
 protected:
-    static void SetUpTestSuite() { OffloadEventHandle::createEventThread(); }
+    // The thread logs its lookup as it starts; once it waits in read() no test sees that line.
+    static void SetUpTestSuite() {
+        OffloadEventHandle::createEventThread();
+        ASSERT_TRUE(fakes::FakeVexaDevice::instance().waitReaderBlocked());
+    }
 
     std::string dump() {
         DumpTarget target(1);
