@@ -382,8 +382,9 @@ TEST_F(EventThreadTest, FailedReadsAreSpacedOutAndAGoodReadResetsThePause) {
     ASSERT_TRUE(deliver(eventRecord(VEXA_STARTED)));
     gaps = gapsBetweenReads();
     ASSERT_EQ(gaps.size(), 1u);
+    // Without the reset this pause would be 320 ms; the margin is for a loaded machine.
     EXPECT_GE(gaps[0], 10);
-    EXPECT_LT(gaps[0], 160);
+    EXPECT_LT(gaps[0], 320);
 }
 
 // A framework whose updateTimeout holds the event thread until the test lets it go.
