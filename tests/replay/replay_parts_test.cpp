@@ -217,6 +217,16 @@ TEST(ServiceLogTest, KeepsOneProcessOfTheTagAndCountsOrNotesTheRest) {
     ASSERT_EQ(1u, chosen.lines.size());
     EXPECT_EQ(4, chosen.lines[0].lineNo);
     EXPECT_EQ(0u, read(input, 99).lines.size());
+
+    // However many processes log under the tag, only so many are listed; the rest are counted.
+    std::string many = at(20, 20, kServiceTag, "stopOffload ");
+    const size_t listed = hostreplay::LogCounts::kListedProcesses;
+    for (size_t pid = 100; pid < 100 + listed + 5; ++pid) {
+        many += at(static_cast<int>(pid), static_cast<int>(pid), kServiceTag, "stopOffload ");
+    }
+    const LogCounts crowd = read(many).counts;
+    EXPECT_EQ(listed, crowd.otherProcesses.size());
+    EXPECT_EQ(5u, crowd.unlistedProcessLines);
 }
 
 // The bug report's section and a line past the bound are with the command line's tests.

@@ -304,6 +304,9 @@ std::string scenarioHeader(const LogCounts& counts, const std::string& origin) {
         out += ", " + counted(count, "line") + " from process " + std::to_string(pid) + " (--pid " +
                std::to_string(pid) + " replays them)";
     }
+    if (counts.unlistedProcessLines > 0) {
+        out += ", " + counted(counts.unlistedProcessLines, "line") + " from further processes";
+    }
     return out + ".\n";
 }
 

@@ -27,6 +27,18 @@ namespace {
 
 constexpr size_t kExcerpt = 80;
 
+// Counts a line of `pid` while the map is within its bound, so that a log of many processes keeps
+// the reader's memory flat; false for a line of a process past the bound.
+bool countLine(std::map<int, size_t>* byPid, int pid) {
+    auto it = byPid->find(pid);
+    if (it == byPid->end()) {
+        if (byPid->size() >= LogCounts::kListedProcesses) return false;
+        it = byPid->emplace(pid, 0).first;
+    }
+    ++it->second;
+    return true;
+}
+
 bool isBlank(const std::string& text) {
     return text.find_first_not_of(" \t") == std::string::npos;
 }
@@ -104,7 +116,7 @@ void ServiceLogReader::take(const InputLine& input) {
     if (parsed) {
         ++mCounts.logcatLines;
         if (parsed->tag == kServiceTag) {
-            ++mCounts.otherProcesses[parsed->pid];
+            if (!countLine(&mCounts.otherProcesses, parsed->pid)) ++mCounts.unlistedProcessLines;
         } else if (parsed->tag == kChattyTag && mPid && parsed->pid == *mPid) {
             mSink->note(Note{input.lineNo,
                              "logcat's chatty line, for lines of this process that it "
@@ -112,7 +124,7 @@ void ServiceLogReader::take(const InputLine& input) {
                                      quotedForComment(parsed->message)});
         } else {
             ++mCounts.otherTagLines;
-            if (parsed->tag == kChattyTag && !mPid) ++mEarlyChatty[parsed->pid];
+            if (parsed->tag == kChattyTag && !mPid) countLine(&mEarlyChatty, parsed->pid);
         }
     } else if (isLogcatBanner(input.text)) {
         ++mCounts.banners;

@@ -59,7 +59,11 @@ struct LogCounts {
     size_t logcatLines = 0;   // input lines that are logcat lines at all
     size_t otherTagLines = 0;
     size_t banners = 0;
-    std::map<int, size_t> otherProcesses;  // pid: lines of the service's tag
+    // pid: lines of the service's tag. A log may name any number of processes, so only the first
+    // kListedProcesses are listed; the lines of the others are only counted.
+    std::map<int, size_t> otherProcesses;
+    size_t unlistedProcessLines = 0;
+    static constexpr size_t kListedProcesses = 32;
 };
 
 class ServiceLogReader {
