@@ -94,7 +94,7 @@ bool FormatPattern::beginsWith(const std::string& text) const {
 }
 
 bool FormatPattern::isCutFrom(const std::string& text) const {
-    if (text.empty() || mPieces.empty() || mPieces[0].conversion != 0 ||
+    if (text.empty() || text.size() > kMaxText || mPieces.empty() || mPieces[0].conversion != 0 ||
         allBlank(mPieces[0].literal, 0) || match(text)) {
         return false;
     }
