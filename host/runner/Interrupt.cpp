@@ -53,20 +53,23 @@ void keepInterruptsForTheConsole() {
     pthread_sigmask(SIG_BLOCK, &interrupt, nullptr);
 }
 
+// Unblocks SIGINT on every path: without the handler, Ctrl-C ends the process as it would anyway.
 bool catchInterrupts() {
     int ends[2];
-    if (pipe2(ends, O_CLOEXEC | O_NONBLOCK) != 0) return false;
-    gReadEnd = ends[0];
-    gWriteEnd = ends[1];
-    struct sigaction action = {};
-    action.sa_handler = onInterrupt;
-    sigemptyset(&action.sa_mask);
-    action.sa_flags = SA_RESTART;
-    if (sigaction(SIGINT, &action, nullptr) != 0) return false;
+    bool caught = pipe2(ends, O_CLOEXEC | O_NONBLOCK) == 0;
+    if (caught) {
+        gReadEnd = ends[0];
+        gWriteEnd = ends[1];
+        struct sigaction action = {};
+        action.sa_handler = onInterrupt;
+        sigemptyset(&action.sa_mask);
+        action.sa_flags = SA_RESTART;
+        caught = sigaction(SIGINT, &action, nullptr) == 0;
+    }
     sigset_t interrupt;
     sigemptyset(&interrupt);
     sigaddset(&interrupt, SIGINT);
-    return pthread_sigmask(SIG_UNBLOCK, &interrupt, nullptr) == 0;
+    return pthread_sigmask(SIG_UNBLOCK, &interrupt, nullptr) == 0 && caught;
 }
 
 int interruptDescriptor() {
