@@ -16,6 +16,7 @@
 
 #include "fakes/Properties.h"
 
+#include <cutils/properties.h>
 #include <string.h>
 
 #include <map>
@@ -25,8 +26,6 @@
 
 namespace fakes {
 namespace {
-
-constexpr size_t kValueMax = 92;  // PROPERTY_VALUE_MAX, the NUL included
 
 struct Store {
     std::mutex lock;
@@ -49,9 +48,9 @@ bool lookup(const char* key, std::string* value) {
     return true;
 }
 
-// At most kValueMax - 1 characters and a NUL, as libcutils copies them.
+// At most PROPERTY_VALUE_MAX - 1 characters and a NUL, as libcutils copies them.
 int copyValue(const char* from, size_t length, char* to) {
-    const size_t n = length < kValueMax ? length : kValueMax - 1;
+    const size_t n = length < PROPERTY_VALUE_MAX ? length : PROPERTY_VALUE_MAX - 1;
     memcpy(to, from, n);
     to[n] = '\0';
     return static_cast<int>(n);

@@ -18,6 +18,7 @@
 
 #include <time.h>
 
+#include <mutex>
 #include <utility>
 
 namespace hostplatform {
@@ -48,32 +49,17 @@ void Recorder::add(RecordBody body) {
 }
 
 void Recorder::addSink(Sink sink) {
-    bool first;
     {
         std::lock_guard<std::mutex> lock(mLock);
-        first = mSinks.empty();
         mSinks.push_back(std::move(sink));
-        mListening.store(true, std::memory_order_relaxed);
     }
-    if (first) {
-        // Outside the lock: a crossing in progress holds the observers' lock and waits for ours.
-        const int id = fakes::Observers::add([this](const fakes::Crossing& crossing) {
+    // Outside the lock: a crossing in progress holds the observers' lock and waits for ours.
+    static std::once_flag observing;
+    std::call_once(observing, [this] {
+        fakes::Observers::add([this](const fakes::Crossing& crossing) {
             std::visit([this](const auto& record) { add(record); }, crossing);
         });
-        std::lock_guard<std::mutex> lock(mLock);
-        mObserverId = id;
-    }
-}
-
-void Recorder::clearSinks() {
-    int id;
-    {
-        std::lock_guard<std::mutex> lock(mLock);
-        mSinks.clear();
-        mListening.store(false, std::memory_order_relaxed);
-        id = std::exchange(mObserverId, 0);
-    }
-    if (id != 0) fakes::Observers::remove(id);
+    });
 }
 
 }  // namespace hostplatform

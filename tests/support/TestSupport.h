@@ -22,7 +22,6 @@
 
 #include <android/hardware/tetheroffload/control/1.0/ITetheringOffloadCallback.h>
 #include <android/log.h>
-#include <cutils/native_handle.h>
 #include <gtest/gtest.h>
 #include <hidl/HidlSupport.h>
 

@@ -22,7 +22,6 @@
 
 #pragma once
 
-#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <mutex>
@@ -97,15 +96,11 @@ public:
 
     static Recorder& instance();
 
-    // Whether any sink would see a record: without one, callers may skip building it.
-    bool listening() const { return mListening.load(std::memory_order_relaxed); }
-
     // Stamps the record and hands it to every sink; without a sink it is dropped.
     void add(RecordBody body);
 
-    // The first sink makes the recorder an observer of the fakes; clearing them ends that.
+    // The first sink makes the recorder an observer of the fakes.
     void addSink(Sink sink);
-    void clearSinks();
 
 private:
     Recorder();
@@ -113,8 +108,6 @@ private:
     mutable std::mutex mLock;
     const int64_t mStartMicros;
     std::vector<Sink> mSinks;
-    std::atomic<bool> mListening{false};
-    int mObserverId = 0;  // 0 while not observing
 };
 
 }  // namespace hostplatform
