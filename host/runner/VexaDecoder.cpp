@@ -16,12 +16,9 @@
 
 #include "VexaDecoder.h"
 
+#include "datapath/vexa_protocol.h"
+
 namespace hostrunner {
-namespace {
-
-constexpr size_t kHeaderSize = 16;
-
-}  // namespace
 
 std::string callbackEventName(uint32_t event) {
     const char* const names[] = {
@@ -49,7 +46,7 @@ std::string toHex(const std::vector<uint8_t>& bytes) {
 
 std::string toShortHex(const std::vector<uint8_t>& bytes) {
     size_t end = bytes.size();
-    while (end > kHeaderSize && bytes[end - 1] == 0) --end;
+    while (end > sizeof(vexa_common_hdr_t) && bytes[end - 1] == 0) --end;
     size_t zeros = bytes.size() - end;
     // A few zeros read better as bytes than as a note.
     if (zeros < 8) return toHex(bytes);

@@ -23,6 +23,7 @@
 #include "EventRecords.h"
 #include "Values.h"
 #include "VexaDecoder.h"
+#include "datapath/vexa_protocol.h"
 
 namespace hostreplay {
 namespace {
@@ -30,7 +31,7 @@ namespace {
 using Lines = std::vector<const ServiceLine*>;
 using Key = Requirement::Key;
 
-constexpr long long kHeaderSize = 16;
+constexpr long long kHeaderSize = sizeof(vexa_common_hdr_t);
 constexpr long long kConnReadSize = 44;  // header and the 28-byte update
 constexpr long long kMaxStatus = 0xffff;
 constexpr uint64_t kMsgRange = 1ull << 32;
