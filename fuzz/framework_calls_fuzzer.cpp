@@ -32,8 +32,6 @@
 // Strings are a byte s: below 0xC0 one of kWords; 0xC0-0xFE that many minus 0xC0 raw bytes;
 // 0xFF a 16-bit length (up to 1023) and that many raw bytes.
 
-#include <cutils/native_handle.h>
-#include <fcntl.h>
 #include <stddef.h>
 #include <stdint.h>
 #include <unistd.h>
@@ -134,7 +132,6 @@ struct World {
 World gWorld;
 fuzzsupport::CallModel gModel;
 bool gProbing = false;
-int gDevNull = -1;
 
 void setFile(ConntrackFiles::Proto proto, const char* content) {
     if (content == nullptr) {
@@ -244,28 +241,11 @@ Reply statusCall(Call call) {
     return r;
 }
 
-// A handle of `fds` descriptors (3: no native handle), closed when the call is over.
-class Handle {
-public:
-    explicit Handle(int fds) : mFds(fds > 2 ? -1 : fds) {
-        if (mFds < 0) return;
-        mNative = native_handle_create(fds, 0);
-        for (int i = 0; i < fds; ++i) mNative->data[i] = dup(gDevNull);
-    }
-    ~Handle() {
-        if (mNative == nullptr) return;
-        native_handle_close(mNative);
-        native_handle_delete(mNative);
-    }
-    Handle(const Handle&) = delete;
-    Handle& operator=(const Handle&) = delete;
-    hidl_handle get() const { return hidl_handle(mNative); }
-    int fds() const { return mFds; }
-
-private:
-    int mFds;
-    native_handle_t* mNative = nullptr;
-};
+// A handle of 0 to 2 descriptors, or (3) no native handle.
+int takeHandleSize(fuzzsupport::ByteReader& in) {
+    const int fds = in.u8() % 4;
+    return fds > 2 ? fakes::FrameworkHandle::kNoHandle : fds;
+}
 
 hidl_string takeString(fuzzsupport::ByteReader& in) {
     const uint8_t s = in.u8();
@@ -307,11 +287,16 @@ void runOp(TetherOffloadHal& hal, fuzzsupport::ByteReader& in) {
     const int op = in.u8() % 16;
     switch (op) {
         case 0: {
-            Handle fd1(in.u8() % 4), fd2(in.u8() % 4);
-            const Expected want = gModel.setHandles(fd1.fds(), fd2.fds());
+            const int fds1 = takeHandleSize(in);
+            const int fds2 = takeHandleSize(in);
+            fakes::FrameworkHandle fd1(fds1), fd2(fds2);
+            const Expected want = gModel.setHandles(fds1, fds2);
             check("setHandles",
                   statusCall([&](auto cb) { return hal.setHandles(fd1.get(), fd2.get(), cb); }),
                   want, false);
+            if (!fd1.descriptorsOpen() || !fd2.descriptorsOpen()) {
+                finding("setHandles closed a descriptor it only borrowed");
+            }
             break;
         }
         case 1: {
@@ -460,7 +445,6 @@ void probe(TetherOffloadHal& hal) {
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
     fuzzsupport::keepReportChannel();
     fuzzsupport::prepareWorld();
-    gDevNull = open("/dev/null", O_RDWR | O_CLOEXEC);
     if (OffloadEventHandle::createEventThread() != 0 ||
         !fakes::FakeVexaDevice::instance().waitReaderBlocked(fuzzsupport::kStartLimit)) {
         finding("the event thread did not start reading the device");

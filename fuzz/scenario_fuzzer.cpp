@@ -37,6 +37,7 @@
 
 #include "ScenarioParser.h"
 #include "ScenarioText.h"
+#include "VexaDecoder.h"
 #include "fuzz/support/Finding.h"
 
 namespace hr = hostrunner;
@@ -64,13 +65,6 @@ std::string joined(const std::vector<std::string>& words) {
     return out;
 }
 
-std::string hex(const std::vector<uint8_t>& bytes) {
-    static const char kDigits[] = "0123456789abcdef";
-    std::string out;
-    for (uint8_t b : bytes) out += {kDigits[b >> 4], kDigits[b & 15]};
-    return out;
-}
-
 // The values a command carries, to compare two readings of it. Those of `proc` are left out: a
 // file content of "absent" written back plain would become the keyword.
 std::string valuesOf(const hr::CommandBody& body) {
@@ -95,7 +89,9 @@ std::string valuesOf(const hr::CommandBody& body) {
                            [&](const hr::RemoveDownstream& b) {
                                return joined({b.iface, b.prefix});
                            },
-                           [&](const hr::ModemEvent& b) { return hex(b.record) + n(b.readSize); },
+                           [&](const hr::ModemEvent& b) {
+                               return hr::toHex(b.record) + n(b.readSize);
+                           },
                            [&](const hr::ModemReadFail& b) { return n(b.errnum); },
                            [&](const hr::ModemStats& b) { return n(b.rx) + n(b.tx) + n(b.dataLen); },
                            [&](const hr::ModemIoctl& b) { return n(b.errnum); },

@@ -26,6 +26,7 @@
 #include "fakes/FakeVexaDevice.h"
 #include "fakes/LogTap.h"
 #include "fakes/Pauses.h"
+#include "fuzz/support/Finding.h"
 
 using fakes::FakeFramework;
 using fakes::FakeVexaDevice;
@@ -62,14 +63,12 @@ android::sp<android::hardware::tetheroffload::control::V1_0::ITetheringOffloadCa
 
 void feed(const std::vector<ModemRead>& reads) {
     FakeVexaDevice& device = FakeVexaDevice::instance();
+    bool taken = true;
     for (const ModemRead& read : reads) {
-        if (read.errnum != 0) {
-            device.queueReadFailure(read.errnum);
-        } else {
-            device.queueRecord(read.bytes, read.bytes.size());
-        }
+        taken = taken && (read.errnum != 0 ? device.queueReadFailure(read.errnum)
+                                           : device.queueRecord(read.bytes, read.bytes.size()));
     }
-    device.waitUntilDrained();
+    if (!taken || !device.waitUntilDrained()) finding("the event thread stopped taking records");
 }
 
 CrossingLog& CrossingLog::instance() {

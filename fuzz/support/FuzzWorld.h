@@ -46,7 +46,8 @@ android::sp<android::hardware::tetheroffload::control::V1_0::ITetheringOffloadCa
         CallbackVersion version);
 
 // Hands the reads to the event thread and returns once all have been dispatched and it is back
-// in read(). A thread that never comes back is a hang, which libFuzzer's timeout reports.
+// in read(). A thread that stops reading is a finding; one that never comes back from a record is
+// a hang, which libFuzzer's timeout reports.
 void feed(const std::vector<ModemRead>& reads);
 
 // What crossed since the last take, in order.
