@@ -144,20 +144,20 @@ void rapidjsonLine(const Record& record, std::string* out) {
     buffer.Clear();
     RapidWriter w(buffer);
     w.StartObject();
-    if (const auto* r = std::get_if<ReadRecord>(&record.body)) {
+    const auto head = [&](const char* kind) {
         w.Key("k");
-        w.String("read");
+        w.String(kind);
         w.Key("t");
         w.Int64(record.tMicros);
+    };
+    if (const auto* r = std::get_if<ReadRecord>(&record.body)) {
+        head("read");
         w.Key("ret");
         w.Int64(r->ret);
         w.Key("hex");
         rapidString(w, toHex(r->bytes));
     } else if (const auto* r = std::get_if<LogRecord>(&record.body)) {
-        w.Key("k");
-        w.String("log");
-        w.Key("t");
-        w.Int64(record.tMicros);
+        head("log");
         w.Key("prio");
         w.Int(r->prio);
         w.Key("tag");
@@ -167,10 +167,7 @@ void rapidjsonLine(const Record& record, std::string* out) {
         w.Key("thread");
         rapidString(w, r->thread);
     } else if (const auto* r = std::get_if<CallbackRecord>(&record.body)) {
-        w.Key("k");
-        w.String("callback");
-        w.Key("t");
-        w.Int64(record.tMicros);
+        head("callback");
         w.Key("op");
         rapidString(w, r->op);
         w.Key("event");
